@@ -1,0 +1,119 @@
+#include "platform/savefile.h"
+
+#include "platform/unit.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// An open descriptor that is closed on every way out.
+class Descriptor
+{
+public:
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    ~Descriptor()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    Q_DISABLE_COPY_MOVE(Descriptor)
+    int get() const { return m_fd; }
+    bool isOpen() const { return m_fd >= 0; }
+
+private:
+    const int m_fd;
+};
+
+bool writeAll(int fd, const QByteArray &content)
+{
+    qsizetype done = 0;
+    while (done < content.size()) {
+        const ssize_t n = ::write(fd, content.constData() + done, size_t(content.size() - done));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return false;
+        done += n;
+    }
+    return true;
+}
+
+bool fillTemporary(const QByteArray &temporary, const QByteArray &target, const QByteArray &content)
+{
+    struct stat old = {};
+    const bool replaces = ::stat(target.constData(), &old) == 0;
+    Descriptor file(::open(temporary.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    if (!file.isOpen())
+        return false;
+    if (replaces) {
+        // Ownership is best effort: a card's file system has none, and on a desk we are not root.
+        if (::fchown(file.get(), old.st_uid, old.st_gid) != 0)
+            errno = 0;
+        if (::fchmod(file.get(), old.st_mode & 07777) != 0)
+            errno = 0;
+    }
+    return writeAll(file.get(), content) && ::fsync(file.get()) == 0;
+}
+
+void syncHostFolder(const QString &hostFolder)
+{
+    Descriptor folder(::open(QFile::encodeName(hostFolder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen())
+        ::fsync(folder.get());
+}
+
+void report(QString *error)
+{
+    if (error)
+        *error = QString::fromLocal8Bit(std::strerror(errno));
+}
+
+} // namespace
+
+namespace savefile {
+
+bool write(const QString &unitPath, const QByteArray &content, QString *error)
+{
+    const QString hostPath = unit::path(unitPath);
+    const QByteArray target = QFile::encodeName(hostPath);
+    const QByteArray temporary = target + ".new";
+    if (!fillTemporary(temporary, target, content) ||
+        ::rename(temporary.constData(), target.constData()) != 0) {
+        report(error);
+        ::unlink(temporary.constData());
+        return false;
+    }
+    syncHostFolder(QFileInfo(hostPath).path());
+    return true;
+}
+
+std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *error)
+{
+    QFile file(unit::path(unitPath));
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = file.errorString();
+        return std::nullopt;
+    }
+    const QByteArray content = file.read(limit + 1);
+    if (content.size() > limit) {
+        if (error)
+            *error = QStringLiteral("File too large");
+        return std::nullopt;
+    }
+    return content;
+}
+
+void syncFolder(const QString &unitPath)
+{
+    syncHostFolder(unit::path(unitPath));
+}
+
+} // namespace savefile

@@ -1,0 +1,22 @@
+// Whole files: a reader finds the old content or the new one, never half, whatever is pulled or killed.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace savefile {
+
+// Replaces the file at `unitPath` by `content`: temporary file beside it, write, fsync, rename, sync of the
+// folder; mode and owner of an existing file are kept. False on any failure, with the reason in `error`
+// when given; the old file then stands as it was and no temporary file stays.
+bool write(const QString &unitPath, const QByteArray &content, QString *error = nullptr);
+
+// The whole file, or nothing when it cannot be read or is larger than `limit` bytes (memory stays bounded).
+std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *error = nullptr);
+
+// Makes a changed folder entry (a file made, renamed, removed) survive a power cut.
+void syncFolder(const QString &unitPath);
+
+} // namespace savefile
