@@ -1,0 +1,27 @@
+#include "settings/languages.h"
+
+#include <array>
+
+namespace {
+
+constexpr std::array<const char *, eTheEnd> kAbbreviations = {
+    "en", "de", "es", "fr", "it", "nl", "pl", "ru", "fi", "se", "da", "jp", "tr", "hu", "zh",
+};
+
+} // namespace
+
+QString languageAbbreviation(eLanguages language)
+{
+    const auto index = static_cast<size_t>(language);
+    return index < kAbbreviations.size() ? QString::fromLatin1(kAbbreviations[index]) : QString();
+}
+
+QString keyboardLayoutResource(const QString &abbreviation)
+{
+    return QStringLiteral(":/keyboardwidget/keyboard_%1.xml").arg(abbreviation);
+}
+
+QString damageCatelogFile(const QString &abbreviation)
+{
+    return QStringLiteral("/home/root/tubix4_app/damagecatelog/damagecat_%1.txt").arg(abbreviation);
+}

@@ -1,0 +1,65 @@
+// What the settings object learns from the encoder board.
+#include "settings/params.h"
+
+#include "hw/hardware.h"
+#include "hw/i2c.h"
+#include "settings/battery.h"
+
+namespace {
+
+constexpr quint8 kDecoderLocked = 0x01;
+
+int readRegister(eTWIRegisters reg)
+{
+    return i2c_read(kEncoderBoardAddress, reg);
+}
+
+// High byte first; a failed read makes the value negative.
+qint16 readWord(eTWIRegisters highByte, eTWIRegisters lowByte)
+{
+    const int high = readRegister(highByte);
+    const int low = readRegister(lowByte);
+    return static_cast<qint16>(high * 256 | low);
+}
+
+} // namespace
+
+void params::readFirmwareVersion()
+{
+    const quint8 version = static_cast<quint8>(readRegister(twiFWVersion));
+    g_GlobalSystemSettings.EncoderBoardFWVersionByte = version;
+    // A version below 0x10 keeps its trailing point ("a.").
+    g_GlobalSystemSettings.EncoderBoardFWVersion =
+        QString::number(version, 16).insert(1, QLatin1Char('.'));
+}
+
+void params::ReadBatteryPotential()
+{
+    const qint16 reading = readWord(twiBatteryReadingHighByte, twiBatteryReadingLowByte);
+    g_GlobalSystemSettings.BatteryADCReading = reading;
+    if (g_GlobalSystemSettings.EncoderBoardFWVersionByte <= battery::kLastFirmwareWithoutTemperature) {
+        g_GlobalSystemSettings.BatteryStatus = battery::gradeOldFirmware(reading);
+        return;
+    }
+    const qint16 temperature = readWord(twiBatteryTempHighByte, twiBatteryTempLowByte);
+    const int externalSupply = readRegister(twiExternalSupplyPresent);
+    g_GlobalSystemSettings.BatteryStatus = battery::grade(reading, temperature, externalSupply);
+    g_GlobalSystemSettings.bExternalSupplyConnected = externalSupply == 1;
+}
+
+void params::selectActiveCameraInterface()
+{
+    // Only the low eight bits count: without a board both read as set, and the head is taken for the long reel.
+    const auto equalizerLock = static_cast<quint8>(readRegister(twiEqualizerLock));
+    const auto longReel = static_cast<quint8>(readRegister(twiCable60Meter));
+    eImagerTypes head = longReel ? e60meter : e30meter;
+    if (!equalizerLock) {
+        if (!(getADV7180Status() & kDecoderLocked)) {
+            g_GlobalSystemSettings.ImagerType = eNoImagerAttached;
+            return;
+        }
+        head = eMinimodule_10m;
+    }
+    i2c_write(kEncoderBoardAddress, twiMeterCountAlgorithm, head);
+    g_GlobalSystemSettings.ImagerType = head;
+}

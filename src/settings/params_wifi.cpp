@@ -1,0 +1,74 @@
+// The wireless interface "wlan0": access point or client, its pass phrase and addresses.
+#include "settings/params.h"
+
+#include "platform/command.h"
+#include "platform/savefile.h"
+#include "settings/wifi.h"
+
+#include <QLoggingCategory>
+
+namespace {
+
+Q_LOGGING_CATEGORY(log, "tubix.settings")
+
+const QString kHostapdConfiguration = QStringLiteral("/etc/hostapd.conf");
+constexpr qint64 kLargestConfiguration = 1024 * 1024;
+const QString kHotspotScript = QStringLiteral("/home/root/tubix4_app/hotspot.sh");
+const QString kInfraScript = QStringLiteral("/home/root/tubix4_app/infra.sh");
+
+QString outputOf(const QString &program, const QStringList &arguments)
+{
+    return QString::fromLocal8Bit(command::run(program, arguments).standardOutput);
+}
+
+} // namespace
+
+void params::GetWIFIHotspotPW()
+{
+    if (const auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration)) {
+        g_GlobalSystemSettings.WIFIHotSpotPW =
+            wifi::valueAfter(QString::fromUtf8(*content), QStringLiteral("wpa_passphrase="));
+    }
+}
+
+void params::SetWIFIHotspotPW(const QString &oldText, const QString &newText)
+{
+    auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration);
+    if (!content || oldText.isEmpty())
+        return;
+    if (newText.contains(QLatin1Char('\n')) || newText.contains(QLatin1Char('\r')))
+        return; // would add a line of its own to the daemon's configuration
+    content->replace(oldText.toUtf8(), newText.toUtf8());
+    QString error;
+    if (!savefile::write(kHostapdConfiguration, *content, &error))
+        qCDebug(log) << error;
+    GetWIFIHotspotPW();
+}
+
+void params::GetWifiStatus()
+{
+    const wifi::Addresses addresses =
+        wifi::addressesOf(outputOf(QStringLiteral("ifconfig"), {QStringLiteral("wlan0")}));
+    g_GlobalSystemSettings.WIFImacAddress = addresses.mac;
+    g_GlobalSystemSettings.WIFIipAddr = addresses.ip;
+    g_GlobalSystemSettings.WIFIConnectedSSID = wifi::valueAfter(
+        outputOf(QStringLiteral("iw"), {QStringLiteral("wlan0"), QStringLiteral("link")}),
+        QStringLiteral("SSID: "));
+    if (const auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration)) {
+        g_GlobalSystemSettings.WIFIHotSpotSSID =
+            wifi::valueAfter(QString::fromUtf8(*content), QStringLiteral("ssid="));
+    }
+}
+
+void params::configureWifi()
+{
+    command::run(g_GlobalSystemSettings.bWIFIHotSpotActive ? kHotspotScript : kInfraScript);
+    GetWifiStatus();
+}
+
+void params::toggleWifiMode()
+{
+    g_GlobalSystemSettings.bWIFIHotSpotActive = !g_GlobalSystemSettings.bWIFIHotSpotActive;
+    configureWifi();
+    WriteGlobalSystemSettingsFile(false);
+}

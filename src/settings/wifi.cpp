@@ -1,0 +1,45 @@
+#include "settings/wifi.h"
+
+namespace {
+
+// The text after the first of the two keys that is there, up to the next white space.
+QString wordAfter(const QString &text, const QString &classic, const QString &current)
+{
+    for (const QString &key : {classic, current}) {
+        const qsizetype at = text.indexOf(key);
+        if (at < 0)
+            continue;
+        qsizetype end = at + key.size();
+        while (end < text.size() && !text.at(end).isSpace())
+            ++end;
+        return text.mid(at + key.size(), end - at - key.size());
+    }
+    return {};
+}
+
+} // namespace
+
+namespace wifi {
+
+QString valueAfter(const QString &text, const QString &key)
+{
+    const qsizetype at = text.indexOf(key);
+    if (at < 0)
+        return {};
+    const qsizetype start = at + key.size();
+    const qsizetype end = text.indexOf(QLatin1Char('\n'), start);
+    return end < 0 ? text.mid(start) : text.mid(start, end - start);
+}
+
+Addresses addressesOf(const QString &ifconfigOutput)
+{
+    return {wordAfter(ifconfigOutput, QStringLiteral("HWaddr "), QStringLiteral("ether ")),
+            wordAfter(ifconfigOutput, QStringLiteral("inet addr:"), QStringLiteral("inet "))};
+}
+
+QString devicePassPhrase(const QString &macAddress)
+{
+    return QStringLiteral("TUBX-") + macAddress.right(6);
+}
+
+} // namespace wifi
