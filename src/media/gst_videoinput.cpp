@@ -1,0 +1,369 @@
+#include "media/gst_videoinput.h"
+
+#include "media/videoinputlayout.h"
+#include "media/zoom.h"
+
+#include <QLoggingCategory>
+
+#include <cstdlib>
+#include <cstring>
+#include <gst/app/gstappsink.h>
+
+struct_VideoInputPipeline g_gst_Pipeline = {};
+std::array<quint8 *, 2> g_pcFrameBuffer = {};
+quint8 g_fbInIdx = 0;
+quint8 g_fbOutIdx = 0;
+std::atomic<qint32> nBuffers = 0;
+std::atomic<bool> g_InputFrameReady = false;
+eGstreamerState g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+char g_gst_MicrophoneActive = 1;
+bool g_gst_bTimeDateState = false;
+bool g_terminate = false;
+GMainLoop *g_VideoInput_loop = nullptr;
+
+namespace {
+
+Q_LOGGING_CATEGORY(log, "tubix.media")
+
+constexpr guint kEndLimitMs = 3000;
+constexpr int kStreamPort = 1234;
+
+char g_gst_VideoFileName[1024] = "";
+char g_gst_currDamageCatelogText[1024] = "";
+char g_gst_currMeterCount[16] = "";
+char g_gst_currNetworkStreamingIPAddress[16] = "";
+
+// Sources on the default main context that belong to the pipeline that lives now; 0: none.
+guint g_busWatch = 0;
+guint g_endTimeout = 0;
+
+GstElement *lookUp(const char *name)
+{
+    return gst_bin_get_by_name(GST_BIN(g_gst_Pipeline.pipeline), name);
+}
+
+// Every handle the build looks up holds a reference.
+constexpr std::array kHandles = {
+    &struct_VideoInputPipeline::videocrop,        &struct_VideoInputPipeline::scale,
+    &struct_VideoInputPipeline::videosink,        &struct_VideoInputPipeline::damageCatelog,
+    &struct_VideoInputPipeline::meterCount,       &struct_VideoInputPipeline::LCDdamageCatelog,
+    &struct_VideoInputPipeline::LCDtimeDateStamp, &struct_VideoInputPipeline::timeDateStamp,
+    &struct_VideoInputPipeline::videosavesink,    &struct_VideoInputPipeline::videoStreamSink,
+    &struct_VideoInputPipeline::cscQueue,         &struct_VideoInputPipeline::videorateQueue,
+    &struct_VideoInputPipeline::videomuxQueue,    &struct_VideoInputPipeline::audiomuxQueue,
+    &struct_VideoInputPipeline::pipeline, // last: it owns the others
+};
+
+void removeSource(guint &source)
+{
+    if (source)
+        g_source_remove(source);
+    source = 0;
+}
+
+void enterState(GstState state, const char *failure)
+{
+    if (gst_element_set_state(g_gst_Pipeline.pipeline, state) == GST_STATE_CHANGE_FAILURE ||
+        gst_element_get_state(g_gst_Pipeline.pipeline, nullptr, nullptr, kEndLimitMs * GST_MSECOND) ==
+            GST_STATE_CHANGE_FAILURE)
+        g_print("%s", failure);
+}
+
+void tearDown()
+{
+    if (!g_gst_Pipeline.pipeline)
+        return;
+    removeSource(g_busWatch);
+    removeSource(g_endTimeout);
+    enterState(GST_STATE_PAUSED, "\ndid not set to state PAUSED");
+    enterState(GST_STATE_READY, "\ndid not set to state READY");
+    enterState(GST_STATE_NULL, "\ndid not set to state NULL");
+    for (const auto handle : kHandles) {
+        if (GstElement *&element = g_gst_Pipeline.*handle; element) {
+            gst_object_unref(element);
+            element = nullptr;
+        }
+    }
+    if (g_VideoInput_loop)
+        g_main_loop_quit(g_VideoInput_loop);
+}
+
+void tearDownAndRebuild()
+{
+    tearDown();
+    if (!g_terminate)
+        gst_VideoInputPipeline(0);
+}
+
+void sendEndOfStream()
+{
+    gst_element_send_event(g_gst_Pipeline.pipeline, gst_event_new_eos());
+    if (g_endTimeout)
+        return;
+    g_endTimeout = g_timeout_add(
+        kEndLimitMs,
+        [](gpointer) -> gboolean {
+            g_endTimeout = 0;
+            qCWarning(log) << "no end of stream from the video input pipeline, stopped by force";
+            tearDownAndRebuild();
+            return G_SOURCE_REMOVE;
+        },
+        nullptr);
+}
+
+// appsink "new-sample", on a streaming thread: one copy of the frame for the GUI.
+GstFlowReturn new_buffer(GstAppSink *appsink, gpointer)
+{
+    GstSample *sample = gst_app_sink_pull_sample(appsink);
+    if (!sample)
+        return GST_FLOW_OK;
+    GstMapInfo map;
+    GstBuffer *buffer = gst_sample_get_buffer(sample);
+    if (buffer && gst_buffer_map(buffer, &map, GST_MAP_READ)) {
+        if (map.size >= kFrameBytes) {
+            std::memcpy(g_pcFrameBuffer[g_fbInIdx], map.data, kFrameBytes);
+            ++nBuffers;
+            g_InputFrameReady = true;
+        }
+        gst_buffer_unmap(buffer, &map);
+    }
+    gst_sample_unref(sample);
+    return GST_FLOW_OK;
+}
+
+void overrunCB(GstElement *queue, gpointer)
+{
+    const GTextOwner name(gst_element_get_name(queue));
+    qCDebug(log) << "Element name:" << QString::fromUtf8(name.get()) << "OVERRUN";
+}
+
+void handleError(GstMessage *message)
+{
+    GError *rawError = nullptr;
+    gchar *rawDetail = nullptr;
+    gst_message_parse_error(message, &rawError, &rawDetail);
+    const GErrorOwner error(rawError);
+    const GTextOwner detail(rawDetail);
+    const GTextOwner element(gst_object_get_path_string(GST_MESSAGE_SRC(message)));
+    g_print("ERROR: from element %s: %s\n", element.get(), error->message);
+    if (detail)
+        g_print("Additional debug info:\n%s\n", detail.get());
+    GST_DEBUG_BIN_TO_DOT_FILE(GST_BIN(g_gst_Pipeline.pipeline), GST_DEBUG_GRAPH_SHOW_ALL, "videoinput-error");
+    if (g_gst_VideoPipelineMode == eGSTStateRecordingWithAudio ||
+        g_gst_VideoPipelineMode == eGSTStateRecordingWithoutAudio) {
+        // The end of stream closes the film; whoever ends the recording then rebuilds.
+        g_gst_VideoPipelineMode = eGSTStateVideoRecordError;
+        sendEndOfStream();
+        return;
+    }
+    g_gst_VideoPipelineMode = eGSTStateError;
+    tearDown();
+}
+
+// The watch is removed with its pipeline, so a message always belongs to the pipeline that lives.
+gboolean VideoInput_bus_call(GstBus *, GstMessage *message, gpointer)
+{
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_EOS:
+        g_print("\n\n********************************************\n"
+                "*** Video Input Pipeline: [EOS DETECTED] ***"
+                "\n********************************************\n\n");
+        tearDownAndRebuild();
+        break;
+    case GST_MESSAGE_ERROR:
+        handleError(message);
+        break;
+    case GST_MESSAGE_WARNING: {
+        GError *rawError = nullptr;
+        gst_message_parse_warning(message, &rawError, nullptr);
+        const GErrorOwner error(rawError);
+        gst_object_default_error(GST_MESSAGE_SRC(message), error.get(), nullptr);
+        break;
+    }
+    default:
+        break;
+    }
+    return TRUE;
+}
+
+GstElement *parseLaunch(eGstreamerState layout)
+{
+    const QByteArray description = videoInputLaunch(layout, boardElements()).toUtf8();
+    qCDebug(log) << "launch" << description;
+    GError *rawError = nullptr;
+    GstElement *pipeline = gst_parse_launch(description.constData(), &rawError);
+    const GErrorOwner error(rawError);
+    // A recoverable error leaves a pipeline that lacks what it could not make: no pipeline for us.
+    if (error || !pipeline) {
+        g_print("Parse error: %s\n", error ? error->message : "no pipeline");
+        std::exit(1);
+    }
+    return pipeline;
+}
+
+void configureLayout(eGstreamerState layout)
+{
+    switch (layout) {
+    case eGSTStateRecordingWithAudio:
+    case eGSTStateRecordingWithoutAudio:
+        g_gst_Pipeline.videosavesink = lookUp("avifilename");
+        g_object_set(g_gst_Pipeline.videosavesink, "location", g_gst_VideoFileName, nullptr);
+        break;
+    case eGSTStateStreaming:
+        g_gst_Pipeline.videoStreamSink = lookUp("tcpserver");
+        g_object_set(g_gst_Pipeline.videoStreamSink, "host", g_gst_currNetworkStreamingIPAddress, "port",
+                     kStreamPort, nullptr);
+        break;
+    default:
+        g_gst_Pipeline.videocrop = lookUp("videocrop");
+        g_gst_Pipeline.scale = lookUp("videoscale");
+        g_object_set(g_gst_Pipeline.scale, "add-borders", FALSE, nullptr);
+        break;
+    }
+}
+
+void connectQueues()
+{
+    struct Queue
+    {
+        const char *name;
+        GstElement *struct_VideoInputPipeline::*handle;
+    };
+    static constexpr std::array queues = {Queue{"ipucsc_queue", &struct_VideoInputPipeline::cscQueue},
+                                          Queue{"videorate_queue", &struct_VideoInputPipeline::videorateQueue},
+                                          Queue{"videomux_queue", &struct_VideoInputPipeline::videomuxQueue},
+                                          Queue{"audiomux_queue", &struct_VideoInputPipeline::audiomuxQueue}};
+    for (const Queue &queue : queues) {
+        if (GstElement *element = g_gst_Pipeline.*queue.handle = lookUp(queue.name); element)
+            g_signal_connect(element, "overrun", G_CALLBACK(overrunCB), nullptr);
+    }
+}
+
+// The element's text is markup: what the user typed is shown as it stands.
+void setOverlayText(GstElement *overlay, const char *text)
+{
+    const GTextOwner escaped(g_markup_escape_text(text, -1));
+    g_object_set(overlay, "text", escaped.get(), nullptr);
+}
+
+} // namespace
+
+void setTextOverlays()
+{
+    struct Overlay
+    {
+        const char *name;
+        GstElement *struct_VideoInputPipeline::*handle;
+        const char *font;
+        int deltax;
+        int deltay;
+        const char *text; // null: a clock
+    };
+    // "LCDtimedateStamp" has its small d.
+    static const std::array overlays = {
+        Overlay{"LCDdamageCatelog", &struct_VideoInputPipeline::LCDdamageCatelog, "Sans 12", 2, 554,
+                g_gst_currDamageCatelogText},
+        Overlay{"damageCatelog", &struct_VideoInputPipeline::damageCatelog, "Sans 12", 2, 554,
+                g_gst_currDamageCatelogText},
+        Overlay{"meterCount", &struct_VideoInputPipeline::meterCount, "Sans 14", 2, 2, g_gst_currMeterCount},
+        Overlay{"LCDtimedateStamp", &struct_VideoInputPipeline::LCDtimeDateStamp, "Sans 12", 568, 4, nullptr},
+        Overlay{"timeDateStamp", &struct_VideoInputPipeline::timeDateStamp, "Sans 12", 568, 4, nullptr},
+    };
+    constexpr int kHorizontalByPosition = 4;
+    constexpr int kVerticalByPosition = 3;
+    for (const Overlay &overlay : overlays) {
+        GstElement *element = g_gst_Pipeline.*overlay.handle = lookUp(overlay.name);
+        if (!element)
+            continue;
+        g_object_set(element, "font-desc", overlay.font, "halignment", kHorizontalByPosition, "valignment",
+                     kVerticalByPosition, "xpos", 0.0, "ypos", 0.0, "deltax", overlay.deltax, "deltay",
+                     overlay.deltay, nullptr);
+        if (overlay.text)
+            setOverlayText(element, overlay.text);
+        else
+            g_object_set(element, "time-format", "%H:%M %d.%m.%Y", "silent", !g_gst_bTimeDateState, nullptr);
+    }
+}
+
+void gst_VideoInputPipeline(unsigned long)
+{
+    gst_EndVideoInputPipeline();
+    const eGstreamerState layout = layoutForMode(g_gst_VideoPipelineMode);
+    // The mark of a failed recording stays until the recording is ended; any other strange value is forgotten.
+    if (g_gst_VideoPipelineMode != eGSTStateVideoRecordError)
+        g_gst_VideoPipelineMode = layout;
+    g_gst_Pipeline.pipeline = parseLaunch(layout);
+    gst_element_set_name(g_gst_Pipeline.pipeline, "pipeline");
+    configureLayout(layout);
+
+    g_gst_Pipeline.videosink = lookUp("appsink");
+    g_object_set(g_gst_Pipeline.videosink, "emit-signals", TRUE, nullptr);
+    g_signal_connect(g_gst_Pipeline.videosink, "new-sample", G_CALLBACK(new_buffer), nullptr);
+    setTextOverlays();
+    connectQueues();
+
+    const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
+    g_busWatch = gst_bus_add_watch(bus.get(), VideoInput_bus_call, nullptr);
+    gst_element_set_state(g_gst_Pipeline.pipeline, GST_STATE_PLAYING);
+}
+
+void gst_SendVideoInputPipelineEOS(bool terminate)
+{
+    g_terminate = terminate;
+    if (g_gst_Pipeline.pipeline)
+        sendEndOfStream();
+    else if (!terminate)
+        gst_VideoInputPipeline(0); // nothing to wait for
+}
+
+void gst_EndVideoInputPipeline()
+{
+    if (!g_gst_Pipeline.pipeline)
+        return;
+    gst_element_send_event(g_gst_Pipeline.pipeline, gst_event_new_eos());
+    const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
+    GstMessage *message = gst_bus_timed_pop_filtered(
+        bus.get(), kEndLimitMs * GST_MSECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    if (message)
+        gst_message_unref(message);
+    else
+        qCWarning(log) << "no end of stream from the video input pipeline, stopped by force";
+    tearDown();
+}
+
+void gst_PauseVideoInputPipeline()
+{
+    if (g_gst_Pipeline.pipeline)
+        gst_element_set_state(g_gst_Pipeline.pipeline, GST_STATE_PAUSED);
+}
+
+void gst_ResumeVideoInputPipeline()
+{
+    if (g_gst_Pipeline.pipeline)
+        gst_element_set_state(g_gst_Pipeline.pipeline, GST_STATE_PLAYING);
+}
+
+void gst_SetZoomLevel(unsigned char zoomStep)
+{
+    if (!g_gst_Pipeline.videocrop)
+        return;
+    const auto [a, b] = zoom::pipelineCrop(zoomStep);
+    g_object_set(g_gst_Pipeline.videocrop, "top", a, "left", a, "bottom", b, "right", b, nullptr);
+    // The printed names do not match what was set; service staff know the lines as they are.
+    g_print("[VideoCrop]\n\tTop:%d\n\tLeft:%d\n\tBottom:%d\n\tRight:%d\n", a, b, a, b);
+}
+
+void gst_EnableAudioRecording(int on)
+{
+    g_gst_MicrophoneActive = static_cast<char>(on);
+}
+
+void gst_EnableDateTimeOverlay(int on)
+{
+    g_gst_bTimeDateState = on != 0;
+}
+
+void gst_SetNetworkStreamingIPAddress(const char *address)
+{
+    qstrncpy(g_gst_currNetworkStreamingIPAddress, address, sizeof g_gst_currNetworkStreamingIPAddress);
+}

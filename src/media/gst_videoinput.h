@@ -1,0 +1,63 @@
+// The one pipeline of the camera picture: live view, AVI recording or network stream, by mode.
+// GUI thread, but for new_buffer and overrunCB, which run on streaming threads.
+#pragma once
+
+#include "media/gst_includes.h"
+
+#include <QtGlobal>
+
+#include <array>
+#include <atomic>
+
+typedef struct _VideoInputPipelineData
+{
+    GstElement *pipeline, *source, *source_filter, *videobox, *videocrop, *scale, *sinkTee, *q0, *q4, *q5,
+        *colorspaceconv, *videosink, *q1, *q2, *videomixer, *bg_src_layer, *bg_layer_dec, *imagefreeze,
+        *bg_layer_csc, *damageCatelog, *meterCount, *LCDdamageCatelog, *LCDtimeDateStamp, *timeDateStamp,
+        *jpegencode, *mux, *audioSrc, *audioConverter, *audioEncoder, *videosavesink, *videoStreamEncoder,
+        *videoStreamSink, *cscQueue, *videorateQueue, *videomuxQueue, *audiomuxQueue;
+    gulong probe_id;
+    GstPad *Videosinkpadmux, *Audiosinkpadmux, *currsinkTeesrcpad;
+    GstElement *audioCapsFilter, *bg_layer_csc2, *bg_layer_csc3;
+    char AVIfilenameandpath[1024];
+} struct_VideoInputPipeline;
+
+// Owned by gst_videoinput.cpp, written on the GUI thread; the element handles live as long as the pipeline.
+extern struct_VideoInputPipeline g_gst_Pipeline;
+
+// Two buffers of kFrameBytes, allocated once at start. Writer (streaming thread) and reader (GUI thread) both
+// use buffer 0 without a lock: a frame being drawn may be overtaken by the next.
+extern std::array<quint8 *, 2> g_pcFrameBuffer;
+extern quint8 g_fbInIdx;
+extern quint8 g_fbOutIdx;
+extern std::atomic<qint32> nBuffers;        // frames received; streaming thread
+extern std::atomic<bool> g_InputFrameReady; // set with the first frame, never cleared; streaming thread
+
+extern eGstreamerState g_gst_VideoPipelineMode; // mode of the next build, or an error mark; GUI thread
+extern char g_gst_MicrophoneActive;
+extern bool g_gst_bTimeDateState;
+extern bool g_terminate;
+extern GMainLoop *g_VideoInput_loop; // made at start, quit on every teardown, never run
+
+// Builds and starts the pipeline for g_gst_VideoPipelineMode, after ending the one that still lives. A mode
+// without a layout of its own becomes the live mode. `winId` is unused. A description that does not parse ends
+// the process with status 1.
+void gst_VideoInputPipeline(unsigned long winId);
+
+// Sends an end of stream into the pipeline. When it has come through (or after 3 s, by force) the bus handler
+// tears the pipeline down and, unless `terminate`, builds the one of the current mode.
+void gst_SendVideoInputPipelineEOS(bool terminate);
+
+// Ends the pipeline now: waits up to 3 s for an end of stream, then stops it by force. No pipeline: nothing.
+void gst_EndVideoInputPipeline();
+
+void gst_PauseVideoInputPipeline();
+void gst_ResumeVideoInputPipeline();
+
+// Crops the live picture, step 0..10; nothing in a layout without a crop.
+void gst_SetZoomLevel(unsigned char zoomStep);
+
+void gst_EnableAudioRecording(int on);   // from the next recording on
+void gst_EnableDateTimeOverlay(int on);  // from the next build on
+void gst_SetNetworkStreamingIPAddress(const char *address); // at most 15 bytes, terminated
+void setTextOverlays();                  // called by every build
