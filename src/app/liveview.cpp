@@ -1,0 +1,168 @@
+// Live picture, digital zoom and the light of the camera head.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "media/boardelements.h"
+#include "media/gst_videoinput.h"
+#include "media/zoom.h"
+#include "platform/attribute.h"
+#include "settings/params.h"
+#include "storage/eventlog.h"
+
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+constexpr qint8 kBrightestStep = 10;
+
+bool drawsLiveFrames(eMainStates state)
+{
+    switch (state) {
+    case eStateLive:
+    case eStateCaptureModeChange:
+    case eStateLiveSavingStill:
+    case eStateLiveSavingMovieQueued:
+    case eStateLiveSavingMovie:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// The value for the brightness file. The mini module has its own row; an unknown head stays dark.
+qint8 brightness(const _GlobalSystemSettings &settings)
+{
+    const auto step = size_t(settings.LEDIntensityStep);
+    switch (settings.ImagerType) {
+    case eMinimodule_10m:
+        return settings.LEDIntensitySteps[1][step];
+    case e60meter:
+    case e30meter:
+        return settings.LEDIntensitySteps[0][step];
+    default:
+        return settings.LEDIntensitySteps[0][0];
+    }
+}
+
+} // namespace
+
+void MainWindow::showLivePicture()
+{
+    if (displayDraws(boardElements()))
+        return; // the overlay plane shows the picture; the label stays as the screen has it
+    ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
+    ui->labelInputVideo->show();
+    connect(ui->labelInputVideo, &PictureLabel::framePainted, this, &MainWindow::announceReady,
+            Qt::UniqueConnection);
+    imageTimer->start();
+}
+
+void MainWindow::announceReady()
+{
+    disconnect(ui->labelInputVideo, &PictureLabel::framePainted, this, nullptr);
+    if (m_isReady)
+        return;
+    m_isReady = true;
+    std::puts("ready: the camera picture is on the screen");
+    std::fflush(stdout);
+}
+
+void MainWindow::doNextFrame()
+{
+    if (g_gst_VideoPipelineMode == eGSTStateError) {
+        ChangeMainState(eStateVideoInputPipelineFailure);
+        return;
+    }
+    if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError) {
+        ChangeMainState(eStateLiveTerminateSavingMovie);
+        return;
+    }
+    if (drawsLiveFrames(g_MainState))
+        drawLiveFrame();
+    ++nFrame;
+}
+
+void MainWindow::drawLiveFrame()
+{
+    if (!g_InputFrameReady)
+        return;
+    tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
+    ui->labelInputVideo->showFrame(tmpQimage, zoom::liveCrop(m_pParams->getParams().ZoomLevel));
+}
+
+void MainWindow::enterVideoInputPipelineFailure()
+{
+    imageTimer->stop();
+    ui->labelInputVideo->setPixmap(
+        QPixmap(QStringLiteral(":/MyGraphicResources/graphics/critical_system_error_bg.png")));
+    ui->labelInputVideo->show();
+    ui->btn_menu_Capture->setEnabled(false);
+    ui->btn_tools_Reset_Meter_Counter->setEnabled(false);
+    ui->lbl_CurrentFilenameandPath->clear();
+    ui->lbl_DamageCatelogText->hide();
+}
+
+void MainWindow::on_btn_menu_zoom_plus_clicked()
+{
+    changeZoom(+1);
+}
+
+void MainWindow::on_btn_menu_zoom_minus_clicked()
+{
+    changeZoom(-1);
+}
+
+// Outside live view (while recording) only the picture on the screen follows: nothing is logged or sent.
+void MainWindow::changeZoom(int step)
+{
+    quint8 &level = m_pParams->getParams().ZoomLevel;
+    const int wanted = level + step;
+    const bool changes = wanted >= 0 && wanted <= zoom::kLargestStep;
+    if (changes)
+        level = static_cast<quint8>(wanted);
+    ui->lbl_ZoomLevel->setText(zoom::label(level));
+    if (!changes || g_MainState != eStateLive)
+        return;
+    UpdateEventLog(step > 0 ? eEventZoomPlus : eEventZoomMinus,
+                   QStringLiteral("Zoom %1 button clicked - %2")
+                       .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(level)));
+    gst_SetZoomLevel(level);
+}
+
+void MainWindow::on_btn_menu_LED_plus_clicked()
+{
+    changeLight(+1);
+}
+
+void MainWindow::on_btn_menu_LED_minus_clicked()
+{
+    changeLight(-1);
+}
+
+void MainWindow::changeLight(int step)
+{
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    const int wanted = settings.LEDIntensityStep + step;
+    if (wanted < 0 || wanted > kBrightestStep)
+        return;
+    settings.LEDIntensityStep = static_cast<qint8>(wanted);
+    UpdateEventLog(step > 0 ? eEventLedPlus : eEventLedMinus,
+                   QStringLiteral("LED %1 button clicked - %2")
+                       .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(wanted)));
+    ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(wanted));
+    SetImagerLEDBrightness(brightness(settings));
+}
+
+void MainWindow::SetImagerLEDBrightness(qint8 value)
+{
+    // Twice in succession: the controller takes the second for certain.
+    for (int i = 0; i < 2; ++i) {
+        if (!attribute::write(QStringLiteral("/sys/class/backlight/extledcontrol.27/brightness"),
+                              QByteArray::number(value))) {
+            ui->lbl_LEDLevel->setText(QStringLiteral("ER"));
+            return;
+        }
+    }
+}

@@ -1,0 +1,114 @@
+// The one table of states, and the two functions that walk it.
+#include "app/mainstatemachine.h"
+
+#include "app/mainwindow.h"
+
+#include <QLoggingCategory>
+
+#include <iterator>
+
+namespace {
+
+Q_LOGGING_CATEGORY(log, "tubix.app.state")
+
+} // namespace
+
+// In enumeration order. Without an action the state only marks a mode, and whoever sets it does the work.
+struct MainStateTable
+{
+    struct Row
+    {
+        eMainStates state;
+        const char *name;
+        void (MainWindow::*enter)();
+    };
+    static constexpr Row rows[] = {
+        {eStateLive, "eStateLive", nullptr},
+        {eStateLiveZoomLevelIncrease, "eStateLiveZoomLevelIncrease", nullptr},
+        {eStateLiveZoomLevelDecrease, "eStateLiveZoomLevelDecrease", nullptr},
+        {eStateLiveLEDIncrease, "eStateLiveLEDIncrease", nullptr},
+        {eStateLiveLEDDecrease, "eStateLiveLEDDecrease", nullptr},
+        {eStateLiveDamageCatelog, "eStateLiveDamageCatelog", nullptr},
+        {eStateCaptureModeChange, "eStateCaptureModeChange", nullptr},
+        {eStateLiveSavingStill, "eStateLiveSavingStill", nullptr},
+        {eStateLiveSavingMovieQueued, "eStateLiveSavingMovieQueued", nullptr},
+        {eStateLiveSavingMovie, "eStateLiveSavingMovie", nullptr},
+        {eStateCaptureWindowEntry, "eStateCaptureWindowEntry", nullptr},
+        {eStateCaptureWindowExit, "eStateCaptureWindowExit", nullptr},
+        {eStateEditorCaptureWindowEntry, "eStateEditorCaptureWindowEntry", nullptr},
+        {eStateEditorCaptureWindowExit, "eStateEditorCaptureWindowExit", nullptr},
+        {eStateLiveTerminateSavingMovie, "eStateLiveTerminateSavingMovie", nullptr},
+        {eStateEnterPlaybackThumbnails, "eStateEnterPlaybackThumbnails", nullptr},
+        {eStatePlaybackThumbnailsPreviousPage, "eStatePlaybackThumbnailsPreviousPage", nullptr},
+        {eStatePlaybackThumbnailsNextPage, "eStatePlaybackThumbnailsNextPage", nullptr},
+        {eStatePlaybackThumbnailsSelectable, "eStatePlaybackThumbnailsSelectable", nullptr},
+        {eStatePlaybackPreviousSelectedThumbnail, "eStatePlaybackPreviousSelectedThumbnail", nullptr},
+        {eStatePlaybackNextSelectedThumbnail, "eStatePlaybackNextSelectedThumbnail", nullptr},
+        {eStatePlaybackNothingSaved, "eStatePlaybackNothingSaved", nullptr},
+        {eStatePlaybackSnapshot, "eStatePlaybackSnapshot", nullptr},
+        {eStatePlaybackEditImage, "eStatePlaybackEditImage", nullptr},
+        {eStatePlaybackEditAddCircle, "eStatePlaybackEditAddCircle", nullptr},
+        {eStatePlaybackEditAddArrow, "eStatePlaybackEditAddArrow", nullptr},
+        {eStatePlaybackEditAddText, "eStatePlaybackEditAddText", nullptr},
+        {eStatePlaybackEditColor, "eStatePlaybackEditColor", nullptr},
+        {eStatePlaybackEditSaveImage, "eStatePlaybackEditSaveImage", nullptr},
+        {eStatePlaybackEditSaveImageExit, "eStatePlaybackEditSaveImageExit", nullptr},
+        {eStatePlaybackEditDeleteItem, "eStatePlaybackEditDeleteItem", nullptr},
+        {eStateDamageCatelogEntry, "eStateDamageCatelogEntry", nullptr},
+        {eStateDamageCatelogConfirm, "eStateDamageCatelogConfirm", nullptr},
+        {eStateDamageCatelogCancel, "eStateDamageCatelogCancel", nullptr},
+        {eStatePlaybackSnapshotRecordingAudio, "eStatePlaybackSnapshotRecordingAudio", nullptr},
+        {eStatePlaybackSnapshotTerminateRecordingAudio, "eStatePlaybackSnapshotTerminateRecordingAudio", nullptr},
+        {eStatePlaybackSnapshotAudioQueued, "eStatePlaybackSnapshotAudioQueued", nullptr},
+        {eStatePlaybackSnapshotAudioPlaying, "eStatePlaybackSnapshotAudioPlaying", nullptr},
+        {eStatePlaybackSnapshotAudioPaused, "eStatePlaybackSnapshotAudioPaused", nullptr},
+        {eStatePlaybackMovieQueued, "eStatePlaybackMovieQueued", nullptr},
+        {eStatePlaybackMoviePlaying, "eStatePlaybackMoviePlaying", nullptr},
+        {eStatePlaybackMovieResumePlaying, "eStatePlaybackMovieResumePlaying", nullptr},
+        {eStatePlaybackMoviePaused, "eStatePlaybackMoviePaused", nullptr},
+        {eStatePlaybackRenameFile, "eStatePlaybackRenameFile", nullptr},
+        {eStateVideoInputPipelineFailure, "eStateVideoInputPipelineFailure", &MainWindow::enterVideoInputPipelineFailure},
+        {eStateUsbActive, "eStateUsbActive", nullptr},
+        {eStateUsbDisconnected, "eStateUsbDisconnected", nullptr},
+        {eStateToolsMenu, "eStateToolsMenu", nullptr},
+        {eStateToolsMenuExit, "eStateToolsMenuExit", nullptr},
+        {eStateToolsSetDate, "eStateToolsSetDate", nullptr},
+        {eStateFirmwareUpdate, "eStateFirmwareUpdate", nullptr},
+        {eStateFileDeleteImage, "eStateFileDeleteImage", nullptr},
+        {eStateFileDeleteAudio, "eStateFileDeleteAudio", nullptr},
+        {eStateSDCardInserted, "eStateSDCardInserted", nullptr},
+        {eStateSDCardRemoved, "eStateSDCardRemoved", nullptr},
+        {eStateSDCardCorrupt, "eStateSDCardCorrupt", nullptr},
+        {eStateSentinel, "eStateSentinel", nullptr},
+    };
+};
+
+static_assert(std::size(MainStateTable::rows) == eStates + 1);
+static_assert([] {
+    for (int i = 0; i <= eStates; ++i) {
+        if (MainStateTable::rows[i].state != i)
+            return false;
+    }
+    return true;
+}());
+
+const char *stateName(eMainStates state)
+{
+    return MainStateTable::rows[state].name;
+}
+
+void MainWindow::MainStateMachine()
+{
+    if (const auto enter = MainStateTable::rows[g_MainState].enter)
+        (this->*enter)();
+}
+
+void MainWindow::ChangeMainState(eMainStates next)
+{
+    g_prevMainState = g_MainState;
+    g_MainState = next;
+    // A broken pipeline is handed in again and again; one line tells it.
+    if (g_prevMainState != next)
+        qCDebug(log) << stateName(g_prevMainState) << "->" << stateName(next);
+    MainStateMachine();
+}

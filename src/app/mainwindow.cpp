@@ -1,0 +1,199 @@
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "hw/hardware.h"
+#include "media/gst_videoinput.h"
+#include "platform/command.h"
+#include "platform/unit.h"
+#include "settings/params.h"
+#include "settings/wifi.h"
+#include "storage/eventlog.h"
+
+#include <QCoreApplication>
+#include <QFileSystemWatcher>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+constexpr int kFrameInterval = 40;        // ms: one PAL frame
+constexpr int kSystemCheckInterval = 200; // ms
+constexpr int kRecordAudioInterval = 1000;
+constexpr quint16 kLongestPostPlay = 6000;
+
+const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent, Qt::FramelessWindowHint), ui(std::make_unique<Ui::MainWindow>())
+{
+    setWindowState(Qt::WindowFullScreen);
+    ui->setupUi(this);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::init()
+{
+    command::run(QStringLiteral("amixer"),
+                 {QStringLiteral("set"), QStringLiteral("Headphone"), QStringLiteral("127")});
+    m_pParams = params::getInstance();
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    m_pParams->GetKernelInformation();
+
+    if (settings.WIFIHotSpotPW.contains(wifi::kFactoryPassPhrase))
+        m_pParams->SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
+    m_pParams->configureWifi();
+    ui->lbl_WiFiIndicator->setPixmap(QPixmap(kGraphics + (settings.bWIFIHotSpotActive
+                                                              ? QStringLiteral("ind_WIFI_active.png")
+                                                              : QStringLiteral("ind_WIFI_inactive.png"))));
+    gst_EnableAudioRecording(settings.bMicrophoneActive);
+    gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
+
+    hideWhatIsNotLive();
+    ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(settings.LEDIntensityStep));
+    nFrame = 0;
+    for (QWidget *needsCard :
+         {ui->btn_menu_FolderOptions, ui->btn_menu_Thumbnails, ui->btn_menu_Capture,
+          ui->btn_menu_CaptureModeSelect, ui->btn_tools_Format_Media, ui->btn_menu_UnmountMedia})
+        needsCard->setEnabled(false);
+    // Always the first entry, whatever step was stored.
+    SetImagerLEDBrightness(settings.LEDIntensitySteps[0][0]);
+
+    createTimers();
+    connect(this, &MainWindow::BusyIndicator, this, &MainWindow::onBusyIndicator);
+    emit initShutdownTimer();
+    startMediaFramework();
+
+    m_pParams->selectActiveCameraInterface();
+    UpdateMenuSystemInformation();
+    m_pParams->initMessageLog();
+    m_pParams->initEventLog();
+    UpdateEventLog(eEventBoot, QStringLiteral("System boot"));
+    watchMessageLog();
+    systemCheckTimer->start();
+    ChangeMainState(eStateLive);
+    showLivePicture();
+}
+
+void MainWindow::hideWhatIsNotLive()
+{
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->frm_ToolsMenuButtons, ui->btn_menu_BackButton, ui->pb_PlaybackIndicator,
+             ui->frm_ThumbnailViewer, ui->frm_ThumbnailMenuButtons_left, ui->gv_MainView,
+             ui->frm_ThumbnailImageEditButtons, ui->frm_saving_information, ui->frm_VideoLengthIndicator,
+             ui->lbl_BusyIcon, ui->btn_tools_Select_Camera_Type, ui->lbl_menu_Camera_Type_lineOne,
+             ui->lbl_menu_Camera_Type_lineTwo, ui->pb_Waiting, ui->btn_tools_WiFI_Settings,
+             ui->lbl_menu_Wifi_Info, ui->btn_DamageCatelog})
+        widget->hide();
+}
+
+void MainWindow::createTimers()
+{
+    const auto create = [this](int interval, bool singleShot, void (MainWindow::*slot)()) {
+        auto *timer = new QTimer(this);
+        timer->setInterval(interval);
+        timer->setSingleShot(singleShot);
+        connect(timer, &QTimer::timeout, this, slot);
+        return timer;
+    };
+    imageTimer = create(kFrameInterval, false, &MainWindow::doNextFrame);
+    imageTimer->setTimerType(Qt::PreciseTimer);
+    systemCheckTimer = create(kSystemCheckInterval, false, &MainWindow::systemCheck);
+    popUpTimer = create(0, true, &MainWindow::popUpExpired);
+    shutdownTimer = create(0, true, &MainWindow::shutdownTimerExpired);
+    genericDelayTimer = create(0, true, &MainWindow::genericDelayTimerExpired);
+    recordAudioTimer = create(kRecordAudioInterval, false, &MainWindow::onRecordAudioTimerExpired);
+}
+
+void MainWindow::startMediaFramework()
+{
+    for (quint8 *&buffer : g_pcFrameBuffer) {
+        if (!buffer) // once a process: they are never freed
+            buffer = static_cast<quint8 *>(std::calloc(1, kFrameBytes));
+    }
+    qputenv("GST_DEBUG_DUMP_DOT_DIR", unit::path(QStringLiteral("/home/root")).toUtf8());
+    gst_init(nullptr, nullptr);
+    if (!g_VideoInput_loop)
+        g_VideoInput_loop = g_main_loop_new(nullptr, FALSE);
+    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    gst_EnableDateTimeOverlay(m_pParams->getParams().bDateTimeStamp);
+    gst_VideoInputPipeline(0);
+}
+
+void MainWindow::watchMessageLog()
+{
+    messagelogWatcher = new QFileSystemWatcher(this);
+    connect(messagelogWatcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onLogfileChanged);
+    connect(messagelogWatcher, &QFileSystemWatcher::directoryChanged, this, &MainWindow::onDirectoryChanged);
+    messagelogWatcher->addPaths(
+        {unit::path(QStringLiteral("/var/log")), unit::path(QStringLiteral("/var/log/messages"))});
+}
+
+void MainWindow::setGenericDelayTimer(quint16 ms)
+{
+    genericDelayTimer->setInterval(ms);
+}
+
+void MainWindow::startGenericDelayTimer()
+{
+    emit BusyIndicator(true);
+    genericDelayTimer->start();
+}
+
+void MainWindow::genericDelayTimerExpired()
+{
+    ChangeMainState(eStatePlaybackThumbnailsSelectable);
+}
+
+void MainWindow::startPostGstreamerPlayTimer()
+{
+    elapsedTimePostGstreamerPlaying.restart();
+}
+
+quint16 MainWindow::elapsedTimePostGstreamerPlayExpired() const
+{
+    if (!elapsedTimePostGstreamerPlaying.isValid())
+        return kLongestPostPlay;
+    return quint16(std::min<qint64>(elapsedTimePostGstreamerPlaying.elapsed(), kLongestPostPlay));
+}
+
+void MainWindow::popUpExpired()
+{
+    ChangeMainState(g_MainState == eStateCaptureWindowEntry ? eStateCaptureWindowExit
+                                                            : eStatePlaybackEditSaveImageExit);
+}
+
+void MainWindow::shutdownTimerExpired()
+{
+    onProcessSystemShutdown();
+}
+
+void MainWindow::onBusyIndicator(bool on)
+{
+    ui->lbl_BusyIcon->setVisible(on);
+    QCoreApplication::processEvents(); // painted before the caller blocks
+}
+
+void MainWindow::onClearPictureEditorButtons()
+{
+    const auto setInactive = [](QPushButton *button, const QString &picture) {
+        button->setIcon(QIcon(kGraphics + picture));
+    };
+    setInactive(ui->btn_menu_ThumbnailImageEditArrow, QStringLiteral("btn_imageedit_add_arrow_inactive.png"));
+    setInactive(ui->btn_menu_ThumbnailImageEditCircle, QStringLiteral("btn_imageedit_add_circle_inactive.png"));
+    setInactive(ui->btn_menu_ThumbnailImageEditText, QStringLiteral("btn_imageedit_add_text_inactive.png"));
+    setInactive(ui->btn_menu_ThumbnailImageEditColor,
+                QStringLiteral("btn_imageedit_choose_color_inactive.png"));
+}
+
+void MainWindow::clearLiveVideoLabel()
+{
+    QPixmap black(kFrameWidth, kFrameHeight);
+    black.fill(Qt::black);
+    ui->labelInputVideo->setPixmap(black);
+    QCoreApplication::processEvents();
+}

@@ -1,0 +1,157 @@
+// The one window of the unit. Glue by theme: each block below names the source file that has its bodies;
+// decisions are plain functions elsewhere. GUI thread.
+#pragma once
+
+#include "app/mainstatemachine.h"
+#include "app/sleeper.h"
+
+#include <QElapsedTimer>
+#include <QImage>
+#include <QMainWindow>
+
+#include <memory>
+
+class QFileSystemWatcher;
+class QModelIndex;
+class QTimer;
+class params;
+namespace Ui {
+class MainWindow;
+}
+
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    // --- mainwindow.cpp: construction, start-up, timers ---
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override; // stops no pipeline, writes no file
+
+    void init(); // the device start-up; once, before the window is shown
+
+    void setGenericDelayTimer(quint16 ms);
+    void startGenericDelayTimer();
+    void startPostGstreamerPlayTimer();
+    quint16 elapsedTimePostGstreamerPlayExpired() const; // milliseconds since the start, at most 6000
+    void clearLiveVideoLabel();
+
+    // --- mainstatemachine.cpp ---
+    void ChangeMainState(eMainStates next); // stores the state and runs its action at once
+    void MainStateMachine();
+
+signals:
+    void initShutdownTimer();
+    void resetAutoShutdownTimer();
+    void BusyIndicator(bool on);
+    void ProcessSystemShutdown();
+    void SDCardRemoved();
+
+public slots:
+    void onProcessSystemShutdown();       // mw_system.cpp
+    void onClearPictureEditorButtons();   // mainwindow.cpp
+    void onBusyIndicator(bool on);        // mainwindow.cpp
+    void doNextFrame();                   // liveview.cpp
+    void systemCheck();                   // mw_system.cpp
+    void setSystemDateTime(QString dateTime); // mw_system.cpp
+    void popUpExpired();                  // mainwindow.cpp
+    void shutdownTimerExpired();          // mainwindow.cpp
+    void genericDelayTimerExpired();      // mainwindow.cpp
+    void onRecordAudioTimerExpired(); // openslots.cpp
+    void onLogfileChanged(const QString &path);   // mw_system.cpp
+    void onDirectoryChanged(const QString &path); // mw_system.cpp
+
+    // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp, the others in
+    // openslots.cpp.
+    void on_btn_menu_CaptureModeSelect_clicked();
+    void on_btn_menu_Tools_clicked();
+    void on_btn_menu_BackButton_clicked();
+    void on_btn_menu_Capture_clicked();
+    void on_btn_menu_zoom_minus_clicked();
+    void on_btn_menu_Thumbnails_clicked();
+    void on_btn_menu_ThumbnailNext_clicked();
+    void on_btn_menu_ThumbnailPrevious_clicked();
+    void on_btn_menu_ThumbnailNextPage_clicked();
+    void on_btn_menu_ThumbnailPreviousPage_clicked();
+    void on_btn_menu_ThumbnailBack_clicked();
+    void on_listW_ThumbnailViewer_clicked(const QModelIndex &);
+    void on_btn_menu_ThumbnailVideoPlayPause_clicked();
+    void on_btn_menu_ThumbnailDeleteImage_clicked();
+    void on_btn_menu_ThumbnailDeleteAudio_clicked();
+    void on_btn_menu_LED_plus_clicked();
+    void on_btn_menu_LED_minus_clicked();
+    void on_btn_menu_ThumbnailFileRename_clicked();
+    void on_btn_menu_zoom_plus_clicked();
+    void on_btn_menu_FolderOptions_clicked();
+    void on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked();
+    void on_btn_DamageCatelog_clicked();
+    void on_btn_tools_SetDate_clicked();
+    void on_btn_tools_SetTime_clicked();
+    void on_btn_tools_DateTimeStamp_clicked();
+    void on_btn_menu_ThumbnailEditImage_clicked();
+    void on_btn_menu_ThumbnailImageEditBack_clicked();
+    void on_btn_menu_ThumbnailImageEditArrow_clicked();
+    void on_btn_menu_ThumbnailImageEditCircle_clicked();
+    void on_btn_menu_ThumbnailImageEditDeleteItem_clicked();
+    void on_btn_menu_ThumbnailImageEditSave_clicked();
+    void on_btn_tools_Auto_On_Off_clicked();
+    void on_btn_tools_LCD_Backlight_clicked();
+    void on_btn_tools_Set_Language_clicked();
+    void on_btn_tools_WiFI_Hotspot_On_Off_clicked();
+    void on_btn_tools_WiFI_Settings_clicked();
+    void on_btn_tools_Select_Camera_Type_clicked();
+    void on_btn_tools_Set_UnitofMeasure_clicked();
+    void on_btn_tools_Microphone_On_Off_clicked();
+    void on_btn_tools_Format_Media_clicked();
+    void on_btn_menu_ThumbnailImageEditText_clicked();
+    void on_btn_tools_Network_Streaming_On_Off_clicked();
+    void on_btn_tools_Reset_Meter_Counter_clicked();
+    void on_btn_tools_Reset_Damage_Catelog_clicked();
+    void on_btn_menu_ThumbnailImageEditColor_clicked();
+    void on_btn_tools_ExitApplication_clicked();
+    void on_btn_menu_UnmountMedia_clicked();
+
+private:
+    friend struct MainStateTable; // names the entry actions below
+
+    // --- mainwindow.cpp ---
+    void hideWhatIsNotLive();
+    void createTimers();
+    void startMediaFramework();
+    void watchMessageLog();
+
+    // --- liveview.cpp: live picture, zoom, light ---
+    void showLivePicture(); // ends every way into live view and every rebuild of a live layout
+    void announceReady();   // tells once that the camera picture is on the screen
+    void drawLiveFrame();
+    void changeZoom(int step);
+    void changeLight(int step);
+    void SetImagerLEDBrightness(qint8 value);
+    void enterVideoInputPipelineFailure();
+
+    // --- mw_system.cpp: the 200 ms check ---
+    void showCableLength();
+    void showBattery();
+
+    // --- toolsmenu.cpp ---
+    void UpdateMenuSystemInformation();
+
+    std::unique_ptr<Ui::MainWindow> ui;
+    QTimer *imageTimer = nullptr;
+    QTimer *systemCheckTimer = nullptr;
+    QTimer *popUpTimer = nullptr;
+    QTimer *shutdownTimer = nullptr;
+    QTimer *recordAudioTimer = nullptr;
+    QTimer *genericDelayTimer = nullptr;
+    QFileSystemWatcher *messagelogWatcher = nullptr;
+    QElapsedTimer elapsedTime; // running time of a recording
+    QElapsedTimer elapsedTimePostGstreamerPlaying;
+    QImage tmpQimage; // the picture last shown
+    qint32 nFrame = 0;
+    eMainStates g_MainState = eStateLive;
+    eMainStates g_prevMainState = eStateLive;
+    params *m_pParams = nullptr; // not owned
+    qint16 m_i2cRetries = 0;     // meter readings failed in a row
+    bool m_isReady = false;      // the line of announceReady() was printed
+    Sleeper delay;
+};

@@ -1,0 +1,45 @@
+// Buttons whose screens are not built: pressed, they leave everything as it is. docs/architecture.md lists them.
+#include "app/mainwindow.h"
+
+void MainWindow::on_btn_menu_CaptureModeSelect_clicked() {}
+void MainWindow::on_btn_menu_Tools_clicked() {}
+void MainWindow::on_btn_menu_BackButton_clicked() {}
+void MainWindow::on_btn_menu_Capture_clicked() {}
+void MainWindow::on_btn_menu_Thumbnails_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailNext_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailPrevious_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailNextPage_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailPreviousPage_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailBack_clicked() {}
+void MainWindow::on_listW_ThumbnailViewer_clicked(const QModelIndex &) {}
+void MainWindow::on_btn_menu_ThumbnailVideoPlayPause_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailDeleteImage_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailDeleteAudio_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailFileRename_clicked() {}
+void MainWindow::on_btn_menu_FolderOptions_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked() {}
+void MainWindow::on_btn_DamageCatelog_clicked() {}
+void MainWindow::on_btn_tools_SetDate_clicked() {}
+void MainWindow::on_btn_tools_SetTime_clicked() {}
+void MainWindow::on_btn_tools_DateTimeStamp_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailEditImage_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditBack_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditArrow_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditCircle_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditDeleteItem_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditSave_clicked() {}
+void MainWindow::on_btn_tools_Auto_On_Off_clicked() {}
+void MainWindow::on_btn_tools_LCD_Backlight_clicked() {}
+void MainWindow::on_btn_tools_Set_Language_clicked() {}
+void MainWindow::on_btn_tools_WiFI_Hotspot_On_Off_clicked() {}
+void MainWindow::on_btn_tools_Select_Camera_Type_clicked() {}
+void MainWindow::on_btn_tools_Set_UnitofMeasure_clicked() {}
+void MainWindow::on_btn_tools_Microphone_On_Off_clicked() {}
+void MainWindow::on_btn_tools_Format_Media_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditText_clicked() {}
+void MainWindow::on_btn_tools_Network_Streaming_On_Off_clicked() {}
+void MainWindow::on_btn_tools_Reset_Damage_Catelog_clicked() {}
+void MainWindow::on_btn_menu_ThumbnailImageEditColor_clicked() {}
+void MainWindow::on_btn_menu_UnmountMedia_clicked() {}
+
+void MainWindow::onRecordAudioTimerExpired() {}
