@@ -22,7 +22,6 @@ public:
     // A simulated unit as a new user gets it.
     TestUnit()
     {
-        m_folder.remove();
         control({QStringLiteral("create")});
         unit::setRoot(m_folder.path());
     }

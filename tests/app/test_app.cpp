@@ -1,0 +1,227 @@
+#include "testunit.h"
+
+#include "app/appearance.h"
+#include "app/debounce.h"
+#include "app/mainwindow.h"
+#include "media/boardelements.h"
+#include "media/gst_videoinput.h"
+#include "settings/params.h"
+
+#include <QFileInfo>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kBrightness = u"/sys/class/backlight/extledcontrol.27/brightness"_s;
+
+// The real window on a simulated unit of its own.
+class Screen
+{
+public:
+    Screen()
+    {
+        params::resetForTests();
+        resetBoardElementsForTests();
+        g_InputFrameReady = false;
+        window.init();
+        window.setWindowState(Qt::WindowNoState);
+        window.setFixedSize(800, 600);
+        window.show();
+    }
+    ~Screen() { gst_EndVideoInputPipeline(); }
+
+    // A finger on the glass: whatever lies on top there gets it.
+    void touch(int x, int y)
+    {
+        QWidget *target = window.childAt(x, y);
+        QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(&window, QPoint(x, y)));
+    }
+
+    QString text(const char *label) const
+    {
+        return window.findChild<QLabel *>(QString::fromLatin1(label))->text();
+    }
+
+    // The lines of the event log without their times.
+    QStringList events() const
+    {
+        QStringList lines;
+        for (const QByteArray &line : folder.content(u"/home/root/tubix4_app/eventlog.csv"_s).split('\n'))
+            lines << QString::fromUtf8(line).section(u',', 1);
+        return lines;
+    }
+
+    TestUnit folder;
+    MainWindow window;
+};
+
+QColor middle(const QImage &picture)
+{
+    return picture.pixelColor(picture.rect().center());
+}
+
+} // namespace
+
+class TestApp : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void zoomIsLoggedAndStopsAtItsEnds()
+    {
+        Screen screen;
+        for (int i = 0; i < 12; ++i)
+            screen.touch(40, 189);
+        QCOMPARE(screen.text("lbl_ZoomLevel"), u"2.0x"_s);
+        QCOMPARE(screen.events().count(u"8,Zoom plus button clicked - 10"_s), 1);
+        QCOMPARE(screen.events().filter(u"8,Zoom"_s).size(), 10);
+        int top = 0;
+        g_object_get(g_gst_Pipeline.videocrop, "top", &top, nullptr);
+        QCOMPARE(top, 200);
+        // While something else than plain live view is on, only the screen follows.
+        screen.window.ChangeMainState(eStateLiveSavingMovie);
+        screen.touch(40, 263);
+        QCOMPARE(screen.text("lbl_ZoomLevel"), u"1.9x"_s);
+        g_object_get(g_gst_Pipeline.videocrop, "top", &top, nullptr);
+        QCOMPARE(top, 200);
+        QVERIFY(!screen.events().contains(u"9,Zoom minus button clicked - 9"_s));
+    }
+
+    void lightFollowsStepAndHead()
+    {
+        Screen screen;
+        QCOMPARE(screen.folder.content(kBrightness), QByteArray("0"));
+        screen.touch(40, 115); // minus at step 0
+        QCOMPARE(screen.text("lbl_LEDLevel"), u"0/10"_s);
+        for (int i = 0; i < 11; ++i)
+            screen.touch(40, 41);
+        QCOMPARE(screen.text("lbl_LEDLevel"), u"10/10"_s);
+        QCOMPARE(screen.folder.content(kBrightness), QByteArray("60"));
+        QCOMPARE(screen.events().filter(u"22,LED"_s).size(), 10);
+        params::getInstance()->getParams().ImagerType = eMinimodule_10m;
+        screen.touch(40, 115);
+        QCOMPARE(screen.folder.content(kBrightness), QByteArray("23"));
+        params::getInstance()->getParams().ImagerType = eNoImagerAttached;
+        screen.touch(40, 115);
+        QCOMPARE(screen.folder.content(kBrightness), QByteArray("0"));
+        QFile::remove(unit::path(kBrightness));
+        screen.touch(40, 41);
+        QCOMPARE(screen.text("lbl_LEDLevel"), u"ER"_s);
+        QVERIFY(!QFileInfo::exists(unit::path(kBrightness)));
+    }
+
+    void theTopBarFollowsTheBoard()
+    {
+        Screen screen;
+        screen.folder.control({u"meter"_s, u"12.34"_s});
+        QTRY_COMPARE(screen.text("lbl_CableLength"), u"12.34 m"_s);
+        params::getInstance()->getParams().UnitofMeasure = eFeet;
+        QTRY_COMPARE(screen.text("lbl_CableLength"), u"40.49 ft"_s);
+        screen.touch(80 + 440, 12); // the reading itself, in the top bar, zeroes it
+        QTRY_COMPARE(screen.text("lbl_CableLength"), u"0.00 ft"_s);
+        params::getInstance()->getParams().ReadRawEncoderValues = true;
+        QTRY_VERIFY(screen.text("lbl_CableLength").endsWith(u" cnt"_s));
+        screen.folder.control({u"battery"_s, u"lost"_s});
+        QTRY_COMPARE(screen.text("lbl_CableLength"), u"-!-"_s);
+    }
+
+    void aLostCameraIsShownNotDrawn()
+    {
+        Screen screen;
+        auto *label = screen.window.findChild<QLabel *>(u"labelInputVideo"_s);
+        QTRY_VERIFY(g_InputFrameReady);
+        screen.folder.control({u"camera"_s, u"lost"_s});
+        QTRY_COMPARE(g_gst_VideoPipelineMode, eGSTStateError);
+        const QImage critical(u":/MyGraphicResources/graphics/critical_system_error_bg.png"_s);
+        QTRY_COMPARE(middle(label->grab().toImage()), middle(critical));
+        QVERIFY(!screen.window.findChild<QPushButton *>(u"btn_tools_Reset_Meter_Counter"_s)->isEnabled());
+        screen.touch(40, 189); // what is left of the screen still lives
+        QCOMPARE(screen.text("lbl_ZoomLevel"), u"1.1x"_s);
+        g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    }
+
+    void thePowerKeyActsOncePerPress()
+    {
+        Screen screen;
+        auto *application = static_cast<debounce *>(qApp);
+        QSignalSpy pressed(application, &debounce::ProcessSystemShutdown);
+        QVERIFY(QTest::qWaitForWindowExposed(&screen.window));
+        for (const Qt::Key key : {Qt::Key_PowerOff, Qt::Key_A})
+            QTest::sendKeyEvent(QTest::Click, screen.window.windowHandle(), key, QString(), Qt::NoModifier);
+        QCOMPARE(pressed.size(), 1);
+    }
+
+    void everyPictureOfTheFormIsThere()
+    {
+        QFile form(QStringLiteral(TUBIX_SOURCE_DIR "/src/app/mainwindow.ui"));
+        QVERIFY(form.open(QIODevice::ReadOnly));
+        const QString content = QString::fromUtf8(form.readAll());
+        const QRegularExpression name(u":/MyGraphicResources/graphics/\\w+\\.png"_s);
+        for (auto match = name.globalMatch(content); match.hasNext();) {
+            const QString picture = match.next().captured();
+            QVERIFY2(!QPixmap(picture).isNull(), qPrintable(picture));
+        }
+    }
+
+    void aSignalEndsTheProgramInOrder_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+    }
+    void aSignalEndsTheProgramInOrder()
+    {
+        QFETCH(const int, signal);
+        const TestUnit folder;
+        QProcess program;
+        program.start(QStringLiteral(TUBIX_BINARY), {u"--root"_s, unit::root()});
+        QVERIFY(program.waitForStarted());
+        QByteArray output;
+        QTRY_VERIFY_WITH_TIMEOUT((output += program.readAllStandardOutput()).contains("\nready:") ||
+                                     output.startsWith("ready:"),
+                                 20000);
+        QVERIFY(QFileInfo::exists(unit::path(u"/run/tubix4.pid"_s)));
+        ::kill(pid_t(program.processId()), signal);
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(!QFileInfo::exists(unit::path(u"/run/tubix4.pid"_s)));
+    }
+
+    void wrongUseIsOneLine_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("unknown option") << QStringList{u"--bogus"_s};
+        QTest::newRow("no unit there") << QStringList{u"--root"_s, u"/nowhere"_s};
+        QTest::newRow("no unit on this machine") << QStringList();
+    }
+    void wrongUseIsOneLine()
+    {
+        QFETCH(const QStringList, arguments);
+        QProcess program;
+        program.start(QStringLiteral(TUBIX_BINARY), arguments);
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(program.readAllStandardError().count('\n'), 1);
+    }
+};
+
+int main(int argc, char **argv)
+{
+    fixPixels();
+    debounce application(argc, argv);
+    fixLook();
+    TestUnit folder;
+    params::resetForTests();
+    application.init();
+    TestApp test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "test_app.moc"

@@ -1,0 +1,198 @@
+#include "testunit.h"
+
+#include "settings/battery.h"
+#include "settings/params.h"
+#include "settings/settingsfile.h"
+#include "settings/wifi.h"
+
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kFile = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_s;
+
+QByteArray wrapped(const QByteArray &inside)
+{
+    return "<?xml version=\"1.0\"?><systemsettings><settings>" + inside + "</settings></systemsettings>";
+}
+
+} // namespace
+
+class TestSettings : public QObject
+{
+    Q_OBJECT
+
+private:
+    static _GlobalSystemSettings settingsOf(const QByteArray &file)
+    {
+        const TestUnit folder({u"/home/root/tubix4_app"_s});
+        folder.put(kFile, file);
+        params::resetForTests();
+        return params::getInstance()->getParams();
+    }
+
+private slots:
+    void aFileIsReadAsFarAsItGoes_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("backlight");
+        QTest::addColumn<int>("language");
+        const QByteArray deep = QByteArray("<x>").repeated(5000) + QByteArray("</x>").repeated(5000);
+        QTest::newRow("empty") << QByteArray() << 0 << 0;
+        QTest::newRow("any order, unknown between, deep")
+            << wrapped("<LanguageIdx>3</LanguageIdx>" + deep + "<LCDBacklightValue>5</LCDBacklightValue>") << 5 << 3;
+        QTest::newRow("unknown beside settings")
+            << QByteArray("<systemsettings><old><LCDBacklightValue>9</LCDBacklightValue></old><settings>"
+                          "<LCDBacklightValue>5</LCDBacklightValue></settings></systemsettings>")
+            << 5 << 0;
+        QTest::newRow("element inside a number")
+            << wrapped("<LCDBacklightValue>5<b>1</b></LCDBacklightValue><LanguageIdx>2</LanguageIdx>") << 5 << 2;
+        QTest::newRow("not a number") << wrapped("<LCDBacklightValue>x</LCDBacklightValue>") << 0 << 0;
+        QTest::newRow("breaks off in a number")
+            << wrapped("<LCDBacklightValue>5</LCDBacklightValue><LanguageIdx>12").left(112) << 5 << 0;
+        QTest::newRow("foreign root") << QByteArray("<a><settings><LanguageIdx>3</LanguageIdx></settings></a>")
+                                      << 0 << 0;
+        QTest::newRow("document type declaration")
+            << QByteArray("<!DOCTYPE s [<!ENTITY a \"aaaa\">]><systemsettings><settings>"
+                          "<LanguageIdx>3</LanguageIdx></settings></systemsettings>")
+            << 0 << 0;
+        QTest::newRow("far too large")
+            << wrapped(QByteArray(100 * 1000 * 1000, ' ') + "<LanguageIdx>3</LanguageIdx>") << 0 << 0;
+    }
+    void aFileIsReadAsFarAsItGoes()
+    {
+        QFETCH(const QByteArray, file);
+        const _GlobalSystemSettings settings = settingsOf(file);
+        QTEST(int(settings.LCDBacklightValue), "backlight");
+        QTEST(int(settings.LanguageIdx), "language");
+    }
+
+    void whatIsWrittenIsReadBack()
+    {
+        const TestUnit folder({u"/home/root/tubix4_app"_s});
+        params::resetForTests();
+        _GlobalSystemSettings &settings = params::getInstance()->getParams();
+        settings.AutoShutdownIdx = -1;
+        settings.bMicrophoneActive = 2;
+        settings.LanguageIdx = eJapanese;
+        params::getInstance()->WriteGlobalSystemSettingsFile(false);
+        QVERIFY(folder.content(kFile).contains("\n        <bMicrophoneActive>1</bMicrophoneActive>\n"));
+        params::resetForTests();
+        const _GlobalSystemSettings &again = params::getInstance()->getParams();
+        QCOMPARE(int(again.AutoShutdownIdx), -1);
+        QCOMPARE(again.keyboardMap_filename, u":/keyboardwidget/keyboard_jp.xml"_s);
+
+        params::getInstance()->WriteGlobalSystemSettingsFile(true);
+        QCOMPARE(int(again.LanguageIdx), int(eJapanese)); // the record is left alone
+        params::resetForTests();
+        QCOMPARE(int(params::getInstance()->getParams().LCDBacklightValue), 7);
+    }
+
+    void aStrangeLanguageNamesNoFile()
+    {
+        const _GlobalSystemSettings settings = settingsOf(wrapped("<LanguageIdx>15</LanguageIdx>"));
+        QCOMPARE(settings.damageCatelog_filename, u"/home/root/tubix4_app/damagecatelog/damagecat_.txt"_s);
+    }
+
+    void batteryGrades_data()
+    {
+        QTest::addColumn<int>("reading");
+        QTest::addColumn<int>("temperature"); // -2: a board with old firmware
+        QTest::addColumn<int>("supply");
+        QTest::addColumn<int>("status");
+        const auto row = [](int reading, int temperature, int supply, int status) {
+            QTest::addRow("%d/%d/%d", reading, temperature, supply) << reading << temperature << supply << status;
+        };
+        row(913, 194, 0, eBattery100);
+        row(912, 194, 0, eBattery80);
+        row(650, 194, 0, eBattery20);
+        row(649, 194, 0, eBatteryEmpty);
+        row(-128, 194, 0, eBatteryError);
+        row(0, 194, 1, eBatteryExternalSupply);
+        row(900, 194, -128, eBatteryError);
+        row(900, 193, 1, eBatteryTemperatureWarning);
+        row(900, 84, 0, eBatteryTemperatureWarning);
+        row(900, 83, 0, eBatteryCriticalTemperature);
+        row(900, -1, 0, eBatteryError);
+        row(3081, -2, 0, eBattery20);
+        row(3080, -2, 0, eBatteryEmpty);
+        row(3681, -2, 0, eBattery100);
+        row(-1, -2, 0, eBatteryError);
+    }
+    void batteryGrades()
+    {
+        QFETCH(const int, reading);
+        QFETCH(const int, temperature);
+        QFETCH(const int, supply);
+        const auto status = temperature == -2 ? battery::gradeOldFirmware(qint16(reading))
+                                              : battery::grade(qint16(reading), qint16(temperature), supply);
+        QTEST(int(status), "status");
+    }
+
+    void theBoardTellsVersionAndHead()
+    {
+        const TestUnit folder;
+        params::resetForTests();
+        params *settings = params::getInstance();
+        QCOMPARE(settings->getParams().EncoderBoardFWVersion, u"6.1"_s);
+        const auto headAfter = [&](const QString &command) {
+            folder.control({u"head"_s, command});
+            settings->selectActiveCameraInterface();
+            return settings->getParams().ImagerType;
+        };
+        QCOMPARE(headAfter(u"30"_s), e30meter);
+        QCOMPARE(int(folder.content(u"/dev/i2c-4"_s).at(6)), 2);
+        QCOMPARE(headAfter(u"mini"_s), eMinimodule_10m);
+        QCOMPARE(int(folder.content(u"/dev/i2c-4"_s).at(6)), 0);
+        QCOMPARE(headAfter(u"60"_s), e60meter);
+        QCOMPARE(headAfter(u"none"_s), eNoImagerAttached);
+        QCOMPARE(int(folder.content(u"/dev/i2c-4"_s).at(6)), 1); // left as it was
+        folder.control({u"battery"_s, u"lost"_s});
+        settings->selectActiveCameraInterface();
+        QCOMPARE(settings->getParams().ImagerType, e60meter);
+        settings->ReadBatteryPotential();
+        QCOMPARE(settings->getParams().BatteryStatus, eBatteryError);
+    }
+
+    void bothFormsOfAddressesAreUnderstood()
+    {
+        const auto classic = wifi::addressesOf(u"wlan0  Link encap:Ethernet  HWaddr 00:11:22:33:44:55  \n"
+                                               "  inet addr:192.168.1.1  Bcast:192.168.1.255\n"_s);
+        const auto today = wifi::addressesOf(u"wlan0: flags=4163<UP>\n  inet 192.168.1.1  netmask 255.0.0.0\n"
+                                             "  inet6 fe80::1  prefixlen 64\n  ether 00:11:22:33:44:55  txq\n"_s);
+        for (const auto &addresses : {classic, today}) {
+            QCOMPARE(addresses.mac, u"00:11:22:33:44:55"_s);
+            QCOMPARE(addresses.ip, u"192.168.1.1"_s);
+        }
+        QCOMPARE(wifi::addressesOf(u"no such device"_s).ip, QString());
+        QCOMPARE(wifi::valueAfter(u"ssid=a\nwpa_passphrase=last line"_s, u"wpa_passphrase="_s), u"last line"_s);
+    }
+
+    void aNewPassPhraseChangesNothingElse()
+    {
+        const TestUnit folder({u"/etc"_s});
+        const QByteArray before = "# key 580294613\nssid=caf\xe9\nwpa_passphrase=580294613\nx=1";
+        folder.put(u"/etc/hostapd.conf"_s, before);
+        ::chmod(unit::path(u"/etc/hostapd.conf"_s).toLocal8Bit().constData(), 0600);
+        params::resetForTests();
+        params *settings = params::getInstance();
+        settings->SetWIFIHotspotPW(u"580294613"_s, u"a\nmac_acl=1"_s);
+        QCOMPARE(folder.content(u"/etc/hostapd.conf"_s), before);
+        settings->SetWIFIHotspotPW(QString(), u"everywhere"_s);
+        QCOMPARE(folder.content(u"/etc/hostapd.conf"_s), before);
+        settings->SetWIFIHotspotPW(u"580294613"_s, u"Ünit-1"_s);
+        QCOMPARE(folder.content(u"/etc/hostapd.conf"_s),
+                 QByteArray(before).replace("580294613", u"Ünit-1"_s.toUtf8()));
+        QCOMPARE(settings->getParams().WIFIHotSpotPW, u"Ünit-1"_s);
+        struct stat info = {};
+        QCOMPARE(::stat(unit::path(u"/etc/hostapd.conf"_s).toLocal8Bit().constData(), &info), 0);
+        QCOMPARE(info.st_mode & 07777, 0600u);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSettings)
+#include "test_settings.moc"
