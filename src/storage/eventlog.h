@@ -58,3 +58,6 @@ enum eEventLogOperation {
 // Appends "yyyy-MM-dd/hh:mm:ss,CODE,TEXT" with the text trimmed, by one write at the end of the file. A log
 // that cannot be opened is a debug line, and the event is lost.
 void UpdateEventLog(eEventLogOperation operation, const QString &text);
+
+// At start: takes off the half line that a power cut may have left.
+void mendEventLog();

@@ -1,0 +1,177 @@
+#include "storage/dcim.h"
+
+#include "platform/command.h"
+#include "platform/unit.h"
+#include "storage/inspectionlog.h"
+
+#include <QDate>
+#include <QDir>
+#include <QSet>
+
+#include <algorithm>
+#include <dirent.h>
+#include <memory>
+#include <sys/stat.h>
+#include <vector>
+
+std::array<sSnakeFileInfo, kMostFiles> g_FileListing;
+tSavedFSInfo g_SavedFSInfo;
+
+namespace {
+
+constexpr int kNumberedNameLength = 12; // TUBX0007.jpg
+constexpr int kNumberStart = 4;
+constexpr int kNumberLength = 4;
+constexpr int kShownCharacters = 18;
+
+void syncCard()
+{
+    command::run(QStringLiteral("sync"));
+}
+
+bool exists(const QString &folder)
+{
+    return QDir(unit::path(folder)).exists();
+}
+
+void make(const QString &folder)
+{
+    QDir().mkdir(unit::path(folder)); // one level; a failure shows when something is written there
+}
+
+bool isListed(const QString &name)
+{
+    for (const char *suffix : {".jpg", ".jpeg", ".avi"}) {
+        if (name.endsWith(QLatin1String(suffix), Qt::CaseInsensitive))
+            return true;
+    }
+    return false;
+}
+
+struct FoundFile
+{
+    QString name;
+    timespec modified;
+};
+
+struct FolderContent
+{
+    std::vector<FoundFile> files; // listed ones, not empty
+    QSet<QString> notes;          // names of voice notes
+};
+
+FolderContent readFolder(const QString &folder)
+{
+    FolderContent content;
+    const std::unique_ptr<DIR, int (*)(DIR *)> directory(
+        ::opendir(QFile::encodeName(unit::path(folder)).constData()), ::closedir);
+    if (!directory)
+        return content;
+    while (const dirent *entry = ::readdir(directory.get())) {
+        if (entry->d_name[0] == '.')
+            continue;
+        const QString name = QFile::decodeName(entry->d_name);
+        if (name.endsWith(QLatin1String(".wav")))
+            content.notes.insert(name);
+        if (!isListed(name))
+            continue;
+        struct stat info = {};
+        if (::fstatat(::dirfd(directory.get()), entry->d_name, &info, 0) == 0 && S_ISREG(info.st_mode) &&
+            info.st_size > 0)
+            content.files.push_back({name, info.st_mtim});
+    }
+    return content;
+}
+
+bool isOlder(const FoundFile &a, const FoundFile &b)
+{
+    if (a.modified.tv_sec != b.modified.tv_sec)
+        return a.modified.tv_sec < b.modified.tv_sec;
+    if (a.modified.tv_nsec != b.modified.tv_nsec)
+        return a.modified.tv_nsec < b.modified.tv_nsec;
+    return a.name < b.name; // the card's stamps are two seconds apart: ties are common
+}
+
+int numberOf(const QString &name)
+{
+    return name.size() == kNumberedNameLength ? name.mid(kNumberStart, kNumberLength).toInt() : 0;
+}
+
+} // namespace
+
+void CreateDCIMStructure(const QString &folder)
+{
+    make(kDcimFolder);
+    make(kBaseFolder);
+    g_SavedFSInfo.currRootDirectory =
+        folder.isEmpty() ? kBaseFolder + QLatin1Char('/') +
+                               QDate::currentDate().toString(QStringLiteral("ddMMyyyy"))
+                         : folder;
+    const QString &current = g_SavedFSInfo.currRootDirectory;
+    if (!exists(current) || !exists(inCurrentFolder(QStringLiteral(".html_assets")))) {
+        make(current);
+        make(inCurrentFolder(QStringLiteral(".thumbs")));
+        createHTMLAssets();
+        createLogHTMLlog(folder);
+    }
+    mendInspectionLog();
+    syncCard();
+}
+
+void ReadDirectory(const QString &folder)
+{
+    FolderContent content = readFolder(folder);
+    std::sort(content.files.begin(), content.files.end(), isOlder);
+    int highest = 0;
+    for (const FoundFile &file : content.files)
+        highest = std::max(highest, numberOf(file.name));
+    const auto count = std::min<size_t>(content.files.size(), kMostFiles);
+    for (size_t i = 0; i < count; ++i) {
+        sSnakeFileInfo &entry = g_FileListing[i];
+        entry.fileName = content.files[i].name;
+        entry.isVideo = entry.fileName.contains(QLatin1String(".avi"));
+        const QString note = entry.fileName.left(entry.fileName.lastIndexOf(QLatin1Char('.'))) +
+                             QLatin1String(".wav");
+        entry.annotated = !entry.isVideo && content.notes.contains(note);
+        entry.deletePending = 0;
+    }
+    g_SavedFSInfo.nFilescurrRootDirectory = static_cast<qint16>(count);
+    g_SavedFSInfo.currDCIMIndex = static_cast<qint16>(highest + 1);
+}
+
+bool removeDir(const QString &dirName)
+{
+    const QDir folder(unit::path(dirName));
+    if (folder.exists()) {
+        const QFileInfoList entries =
+            folder.entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden | QDir::System,
+                                 QDir::DirsFirst);
+        for (const QFileInfo &entry : entries) {
+            const QString unitPath = dirName + QLatin1Char('/') + entry.fileName();
+            const bool removed = entry.isDir() && !entry.isSymLink() ? removeDir(unitPath)
+                                                                     : QFile::remove(entry.filePath());
+            if (!removed)
+                return false;
+        }
+        if (!QDir().rmdir(folder.path()))
+            return false;
+    }
+    syncCard();
+    return true;
+}
+
+QString captureName(int index, const QString &extension)
+{
+    return QStringLiteral("%1%2%3").arg(QStringLiteral("TUBX"), QStringLiteral("%1").arg(index, 4, 10, QLatin1Char('0')),
+                                        extension);
+}
+
+QString shownFolder(const QString &folder)
+{
+    return folder.mid(kDcimFolder.size()).right(kShownCharacters);
+}
+
+QString inCurrentFolder(const QString &fileName)
+{
+    return g_SavedFSInfo.currRootDirectory + QLatin1Char('/') + fileName;
+}

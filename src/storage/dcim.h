@@ -1,0 +1,64 @@
+// The card's folder tree, the listing of the current inspection folder, and where the user is in it. GUI thread.
+// All paths are unit paths.
+#pragma once
+
+#include <QString>
+
+#include <array>
+
+inline const QString kDcimFolder = QStringLiteral("/media/mmcblk1p1/DCIM");
+inline const QString kBaseFolder = QStringLiteral("/media/mmcblk1p1/DCIM/100TUBIX");
+inline constexpr int kMostFiles = 10000;
+
+struct sSnakeFileInfo
+{
+    QString fileName;
+    QString unicodeFileName;
+    qint8 isVideo = 0;
+    qint16 dateStamp = 0;
+    qint16 timeStamp = 0;
+    qint32 fNum = 0;
+    qint32 audioClipLength = 0;
+    qint8 annotated = 0; // a voice note lies beside the picture
+    qint8 deletePending = 0;
+};
+
+struct sSavedFSInfo
+{
+    QString currRootDirectory; // the current inspection folder
+    qint16 nFilescurrRootDirectory = 0;
+    qint16 currThumbnailPage = 0;
+    qint16 currThumbnailIndex = 0;
+    qint16 NumberOfThumbnailPages = 0;
+    qint16 currDCIMIndex = 0; // the number that the next capture takes
+    QString currFileName;     // file last captured
+    QString currSelectedFile;
+    QString currSelectedAudioFile;
+    QString currLogFile;
+};
+typedef sSavedFSInfo tSavedFSInfo;
+
+// Rebuilt by ReadDirectory, never patched; only the first nFilescurrRootDirectory entries count.
+extern std::array<sSnakeFileInfo, kMostFiles> g_FileListing;
+extern tSavedFSInfo g_SavedFSInfo;
+
+// Makes sure that the tree for `folder` is there (empty: today's folder) and makes it the current one; what a
+// cut write left torn in its logs is mended. A card that takes nothing leaves the tree incomplete, silently.
+void CreateDCIMStructure(const QString &folder);
+
+// Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most 10000:
+// name filters without regard to case, hidden and empty files left out. The next number counts all of them.
+void ReadDirectory(const QString &folder);
+
+// Deletes the folder with everything in it; a link is deleted, not followed. False at the first failure. A
+// folder that is not there is fine.
+bool removeDir(const QString &dirName);
+
+// "TUBX0007" + extension: the name of capture number `index`.
+QString captureName(int index, const QString &extension);
+
+// The folder as the top bar shows it: below DCIM, at most the last 18 characters.
+QString shownFolder(const QString &folder);
+
+// The unit path of a file in the current folder.
+QString inCurrentFolder(const QString &fileName);

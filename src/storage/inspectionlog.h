@@ -1,0 +1,43 @@
+// The log of an inspection folder: a page that the customer opens, and its twin in plain text. GUI thread.
+// All functions work on the current folder (g_SavedFSInfo.currRootDirectory).
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+enum eLogFileOperation {
+    eImageCapture,
+    eVideoStart,
+    eVideoStop,
+    eFileDelete,
+    eFileRename,
+    eDamageCatelogChange
+};
+
+// Puts the page's style and pictures into ".html_assets"; what is there already is left as it is.
+void createHTMLAssets();
+
+// Makes the folder's page from the template, unless it has one. `folder` as CreateDCIMStructure was given it:
+// empty for the folder of the day.
+void createLogHTMLlog(const QString &folder);
+
+// Adds one event to page and text file. `meter`: centimetres, never less the offset. `path` counts for captures,
+// films and deletions (its last component), `text` for renames and damage notes. One write a file, then sync:
+// the cost does not grow with the page. Without a page nothing is logged; a page without "</table>" keeps its
+// bytes and only the text line is added.
+void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path, const QString &text);
+
+// Closes a page again whose end was lost, after its last whole row, and takes a half line off the text file.
+void mendInspectionLog();
+
+namespace inspectionlog {
+
+// The two texts of one event. `name`: file name, or the trimmed text for renames and notes.
+struct Entry
+{
+    QByteArray row;
+    QByteArray line;
+};
+Entry entry(eLogFileOperation operation, unsigned short meter, const QString &time, const QString &name);
+
+} // namespace inspectionlog

@@ -1,0 +1,32 @@
+// Is a card in the slot, and how full is it? Every answer asks "df" anew. GUI thread.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+inline const QString kCardMountPoint = QStringLiteral("/media/mmcblk1p1");
+inline const QString kCardDevice = QStringLiteral("/dev/mmcblk1p1");
+
+struct sSDcardInfo
+{
+    qint8 statechanged = 0;
+    quint8 inserted = 0;
+    quint64 size = 0;  // kilobytes
+    quint64 free = 0;  // kilobytes in use, despite its name
+    quint64 avail = 0; // kilobytes
+    quint8 percentFull = 0;
+};
+typedef sSDcardInfo tSDcardInfo;
+
+extern tSDcardInfo SDCardInfo; // written by the functions below
+
+// The card's figures out of a report of "df" (device, size, used, available, use percentage); a long device
+// name may stand on a line of its own. All zero when the card is not in it. `statechanged` stays 0.
+sSDcardInfo cardInDfReport(const QString &report);
+
+void getSDCardInfo();     // refreshes all but statechanged
+bool isDiskFull();        // refreshes; true below 10 MiB available, so also without a card
+void flagCorruptSDCard(); // as if no card were there, until the next refresh
+
+// "7.40/7.41 GB": available and size.
+QString cardSummary(const sSDcardInfo &card);

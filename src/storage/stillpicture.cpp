@@ -1,0 +1,59 @@
+#include "storage/stillpicture.h"
+
+#include "platform/savefile.h"
+
+#include <QBuffer>
+#include <QFont>
+#include <QPainter>
+
+namespace {
+
+constexpr int kFrameWidth = 720;
+constexpr int kFrameHeight = 576;
+constexpr int kBandHeight = 24;
+
+void draw(QPainter &painter, int pointSize, int x, int y, const QString &text)
+{
+    painter.setFont(QFont(QStringLiteral("Arial"), pointSize, QFont::Normal));
+    painter.drawText(x, y, text);
+}
+
+} // namespace
+
+namespace stillpicture {
+
+QRect cutOut(quint8 zoomLevel)
+{
+    const double factor = 1 - zoomLevel * 0.0555;
+    const int width = static_cast<int>(factor * kFrameWidth);
+    const int height = static_cast<int>(factor * kFrameHeight);
+    const int horizontal = (kFrameWidth - width) / 2 & 0xff;
+    const int vertical = (kFrameHeight - height) / 2 & 0xff;
+    return {vertical, horizontal, width, height};
+}
+
+QImage compose(const QImage &band, const QImage &frame, quint8 zoomLevel, const Texts &texts)
+{
+    QImage picture(band.size(), QImage::Format_RGB16);
+    QPainter painter(&picture);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(picture.rect(), Qt::transparent);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.drawImage(0, 0, band);
+    painter.drawImage(0, kBandHeight,
+                      frame.copy(cutOut(zoomLevel)).scaledToWidth(kFrameWidth, Qt::FastTransformation));
+    painter.setPen(QPen(Qt::white, 2));
+    draw(painter, 12, 442, 18, texts.cableLength);
+    draw(painter, 14, 2, 588, texts.damageNote);
+    draw(painter, 12, 568, 18, texts.timeAndDate);
+    return picture;
+}
+
+bool save(const QImage &picture, const QString &unitPath)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    return buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "JPG") && savefile::write(unitPath, bytes);
+}
+
+} // namespace stillpicture
