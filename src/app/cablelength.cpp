@@ -1,7 +1,10 @@
 #include "app/cablelength.h"
 
+#include <cstdlib>
+
 namespace {
 
+constexpr int kDamageNoteReach = 9; // centimetres
 constexpr double kFeetOfMetre = 3.28084;
 
 // Fixed point, two decimals, at least four characters.
@@ -19,4 +22,9 @@ QString cableLengthText(const _GlobalSystemSettings &settings)
         return QStringLiteral("%1 cnt").arg(metres * 100);
     return settings.UnitofMeasure == eFeet ? length(metres * kFeetOfMetre, QStringLiteral("ft"))
                                            : length(metres, QStringLiteral("m"));
+}
+
+bool hasLeftDamageNote(const _GlobalSystemSettings &settings)
+{
+    return std::abs(settings.MeterCount - settings.currDamageCatelogMeterCount) > kDamageNoteReach;
 }

@@ -29,12 +29,12 @@ struct MainStateTable
         {eStateLiveLEDIncrease, "eStateLiveLEDIncrease", nullptr},
         {eStateLiveLEDDecrease, "eStateLiveLEDDecrease", nullptr},
         {eStateLiveDamageCatelog, "eStateLiveDamageCatelog", nullptr},
-        {eStateCaptureModeChange, "eStateCaptureModeChange", nullptr},
-        {eStateLiveSavingStill, "eStateLiveSavingStill", nullptr},
+        {eStateCaptureModeChange, "eStateCaptureModeChange", &MainWindow::enterCaptureModeChange},
+        {eStateLiveSavingStill, "eStateLiveSavingStill", &MainWindow::enterLiveSavingStill},
         {eStateLiveSavingMovieQueued, "eStateLiveSavingMovieQueued", nullptr},
         {eStateLiveSavingMovie, "eStateLiveSavingMovie", nullptr},
-        {eStateCaptureWindowEntry, "eStateCaptureWindowEntry", nullptr},
-        {eStateCaptureWindowExit, "eStateCaptureWindowExit", nullptr},
+        {eStateCaptureWindowEntry, "eStateCaptureWindowEntry", &MainWindow::enterCaptureWindowEntry},
+        {eStateCaptureWindowExit, "eStateCaptureWindowExit", &MainWindow::enterCaptureWindowExit},
         {eStateEditorCaptureWindowEntry, "eStateEditorCaptureWindowEntry", nullptr},
         {eStateEditorCaptureWindowExit, "eStateEditorCaptureWindowExit", nullptr},
         {eStateLiveTerminateSavingMovie, "eStateLiveTerminateSavingMovie", nullptr},
@@ -76,9 +76,9 @@ struct MainStateTable
         {eStateFirmwareUpdate, "eStateFirmwareUpdate", nullptr},
         {eStateFileDeleteImage, "eStateFileDeleteImage", nullptr},
         {eStateFileDeleteAudio, "eStateFileDeleteAudio", nullptr},
-        {eStateSDCardInserted, "eStateSDCardInserted", nullptr},
-        {eStateSDCardRemoved, "eStateSDCardRemoved", nullptr},
-        {eStateSDCardCorrupt, "eStateSDCardCorrupt", nullptr},
+        {eStateSDCardInserted, "eStateSDCardInserted", &MainWindow::enterSDCardInserted},
+        {eStateSDCardRemoved, "eStateSDCardRemoved", &MainWindow::enterSDCardRemoved},
+        {eStateSDCardCorrupt, "eStateSDCardCorrupt", &MainWindow::enterSDCardCorrupt},
         {eStateSentinel, "eStateSentinel", nullptr},
     };
 };
@@ -111,4 +111,11 @@ void MainWindow::ChangeMainState(eMainStates next)
     if (g_prevMainState != next)
         qCDebug(log) << stateName(g_prevMainState) << "->" << stateName(next);
     MainStateMachine();
+}
+
+void MainWindow::restoreMainState(eMainStates state)
+{
+    qCDebug(log) << stateName(g_MainState) << "-> back to" << stateName(state);
+    g_prevMainState = g_MainState;
+    g_MainState = state;
 }

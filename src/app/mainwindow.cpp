@@ -1,13 +1,13 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
-#include "hw/hardware.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
 #include "settings/params.h"
 #include "settings/wifi.h"
 #include "storage/eventlog.h"
+#include "storage/sdcard.h"
 
 #include <QCoreApplication>
 #include <QFileSystemWatcher>
@@ -56,10 +56,8 @@ void MainWindow::init()
     hideWhatIsNotLive();
     ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(settings.LEDIntensityStep));
     nFrame = 0;
-    for (QWidget *needsCard :
-         {ui->btn_menu_FolderOptions, ui->btn_menu_Thumbnails, ui->btn_menu_Capture,
-          ui->btn_menu_CaptureModeSelect, ui->btn_tools_Format_Media, ui->btn_menu_UnmountMedia})
-        needsCard->setEnabled(false);
+    SDCardInfo.statechanged = 1;
+    setCardButtonsEnabled(false);
     // Always the first entry, whatever step was stored.
     SetImagerLEDBrightness(settings.LEDIntensitySteps[0][0]);
 
@@ -72,11 +70,20 @@ void MainWindow::init()
     UpdateMenuSystemInformation();
     m_pParams->initMessageLog();
     m_pParams->initEventLog();
+    mendEventLog();
     UpdateEventLog(eEventBoot, QStringLiteral("System boot"));
     watchMessageLog();
     systemCheckTimer->start();
     ChangeMainState(eStateLive);
     showLivePicture();
+}
+
+void MainWindow::setCardButtonsEnabled(bool enabled)
+{
+    for (QWidget *needsCard :
+         {ui->btn_menu_Capture, ui->btn_menu_CaptureModeSelect, ui->btn_menu_Thumbnails,
+          ui->btn_menu_FolderOptions, ui->btn_tools_Format_Media, ui->btn_menu_UnmountMedia})
+        needsCard->setEnabled(enabled);
 }
 
 void MainWindow::hideWhatIsNotLive()

@@ -36,6 +36,9 @@ public:
     quint16 elapsedTimePostGstreamerPlayExpired() const; // milliseconds since the start, at most 6000
     void clearLiveVideoLabel();
 
+    // --- mw_system.cpp ---
+    void ActivateMSDC(bool activate); // offers the card to a USB host, or takes it back
+
     // --- mainstatemachine.cpp ---
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
@@ -62,7 +65,7 @@ public slots:
     void onDirectoryChanged(const QString &path); // mw_system.cpp
 
     // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp, the others in
-    // openslots.cpp.
+    // buttonrouting.cpp (those whose screens are not built: openslots.cpp).
     void on_btn_menu_CaptureModeSelect_clicked();
     void on_btn_menu_Tools_clicked();
     void on_btn_menu_BackButton_clicked();
@@ -115,6 +118,7 @@ private:
     friend struct MainStateTable; // names the entry actions below
 
     // --- mainwindow.cpp ---
+    void setCardButtonsEnabled(bool enabled);
     void hideWhatIsNotLive();
     void createTimers();
     void startMediaFramework();
@@ -131,10 +135,32 @@ private:
 
     // --- mw_system.cpp: the 200 ms check ---
     void showCableLength();
+    void endDamageNote();
     void showBattery();
+    void showCriticalBattery(const QString &picture);
+    void checkUsbHost();
+
+    // --- mw_filesystem.cpp: card states, stills ---
+    void enterSDCardInserted();
+    void enterSDCardRemoved();
+    void enterSDCardCorrupt();
+    void enterLiveSavingStill();
+    void enterCaptureWindowEntry();
+    void enterCaptureWindowExit();
+    void savePicture();
+    void showCurrentFolder();
+    bool confirm(const QString &picture); // asks with a picture; blocks until answered
+
+    // --- buttonrouting.cpp ---
+    void enterCaptureModeChange();
+    void tellCardFullInLiveView();
+
+    // --- mainstatemachine.cpp ---
+    void restoreMainState(eMainStates state); // back to a state without running its action again
 
     // --- toolsmenu.cpp ---
     void UpdateMenuSystemInformation();
+    void updateMainMenuSDCardInfo();
 
     std::unique_ptr<Ui::MainWindow> ui;
     QTimer *imageTimer = nullptr;
@@ -152,6 +178,7 @@ private:
     eMainStates g_prevMainState = eStateLive;
     params *m_pParams = nullptr; // not owned
     qint16 m_i2cRetries = 0;     // meter readings failed in a row
+    qint32 nSystemCheck = 0;     // calls of systemCheck() that reached their end
     bool m_isReady = false;      // the line of announceReady() was printed
     Sleeper delay;
 };

@@ -3,14 +3,22 @@
 #include "ui_mainwindow.h"
 
 #include "app/cablelength.h"
+#include "hw/hardware.h"
 #include "hw/i2c.h"
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "settings/params.h"
+#include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/inspectionlog.h"
+#include "storage/sdcard.h"
+#include "system/messagelog.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QLoggingCategory>
+#include <QTimer>
 
 #include <array>
 
@@ -20,6 +28,25 @@ Q_LOGGING_CATEGORY(log, "tubix.system")
 
 constexpr int kMostMeterRetries = 10;
 constexpr int kSlowCheck = 16; // calls between two looks at battery and camera head
+constexpr int kCardCheck = 5;  // the one call that asks for the card
+constexpr int kCriticalShutdownDelay = 3000; // ms
+constexpr qint64 kLongestLine = 4096;        // bytes of a kernel message looked at in one piece
+
+const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
+
+QPixmap graphic(const char *name)
+{
+    return QPixmap(kGraphics + QLatin1String(name));
+}
+
+struct CardState
+{
+    messagelog::Card card;
+    eMainStates state;
+};
+constexpr std::array kCardStates = {CardState{messagelog::Card::Inserted, eStateSDCardInserted},
+                                    CardState{messagelog::Card::Removed, eStateSDCardRemoved},
+                                    CardState{messagelog::Card::Corrupt, eStateSDCardCorrupt}};
 
 constexpr std::array kBatteryPictures = {
     "ind_Battery100.png",   "ind_Battery80.png",        "ind_Battery60.png",
@@ -39,7 +66,6 @@ qint16 readMeterCount(bool raw)
 
 void MainWindow::systemCheck()
 {
-    static qint32 nSystemCheck = 0;
     if (g_gst_VideoPipelineMode == eGSTStateError) {
         ChangeMainState(eStateVideoInputPipelineFailure);
         return;
@@ -55,6 +81,13 @@ void MainWindow::systemCheck()
         showBattery();
         m_pParams->selectActiveCameraInterface();
         UpdateMenuSystemInformation();
+        checkUsbHost();
+    }
+    if (nSystemCheck == kCardCheck) {
+        getSDCardInfo();
+        ++nSystemCheck; // before the state's action, which may wait with a dialog
+        ChangeMainState(SDCardInfo.inserted ? eStateSDCardInserted : eStateSDCardRemoved);
+        return;
     }
     ++nSystemCheck;
 }
@@ -68,24 +101,85 @@ void MainWindow::showCableLength()
         return;
     }
     m_i2cRetries = 0;
-    ui->lbl_CableLength->setText(cableLengthText(settings));
+    const QString text = cableLengthText(settings);
+    ui->lbl_CableLength->setText(text);
+    const QByteArray overlay = text.toLocal8Bit();
+    gst_UpdateVideoMeterCount(overlay.constData(), int(overlay.size()));
+    if (settings.bDamageCatelogAnnotationActive && hasLeftDamageNote(settings))
+        endDamageNote();
+}
+
+void MainWindow::endDamageNote()
+{
+    m_pParams->getParams().bDamageCatelogAnnotationActive = false;
+    ui->lbl_DamageCatelogText->clear();
+    gst_UpdateVideoDamageCatelog("", 0);
 }
 
 void MainWindow::showBattery()
 {
     m_pParams->ReadBatteryPotential();
-    const auto status = size_t(m_pParams->getParams().BatteryStatus);
-    if (status < kBatteryPictures.size()) {
-        ui->lbl_BatteryIndicator->setPixmap(QPixmap(QStringLiteral(":/MyGraphicResources/graphics/") +
-                                                    QLatin1String(kBatteryPictures[status])));
+    const eBatteryStatus status = m_pParams->getParams().BatteryStatus;
+    if (size_t(status) < kBatteryPictures.size())
+        ui->lbl_BatteryIndicator->setPixmap(graphic(kBatteryPictures[size_t(status)]));
+    if (status == eBatteryEmpty) {
+        showCriticalBattery(QStringLiteral("critical_battery_bg.png"));
+    } else if (status == eBatteryCriticalTemperature) {
+        qCDebug(log) << "Battery Temperature too HOT. Shutting Down...";
+        showCriticalBattery(QStringLiteral("critical_battery_temperature_bg.png"));
     }
+}
+
+void MainWindow::showCriticalBattery(const QString &picture)
+{
+    imageTimer->stop();
+    ui->labelInputVideo->setPixmap(QPixmap(kGraphics + picture));
+    ui->labelInputVideo->show();
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons, ui->frm_ThumbnailMenuButtons_left,
+             ui->frm_ThumbnailViewer, ui->frm_ToolsMenuButtons, ui->frm_VideoLengthIndicator,
+             ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath})
+        widget->hide();
+    // The next look at the battery comes in 3.2 s: it must not put the end off again and again.
+    if (!shutdownTimer->isActive())
+        shutdownTimer->start(kCriticalShutdownDelay);
+}
+
+void MainWindow::checkUsbHost()
+{
+    if (!m_pParams->getParams().MSDC_ModuleInstalled)
+        return;
+    const bool attached = USBHostDeviceAttached();
+    if (attached && g_MainState != eStateUsbActive)
+        ChangeMainState(eStateUsbActive);
+    else if (!attached && g_MainState == eStateUsbActive)
+        ChangeMainState(eStateUsbDisconnected);
+}
+
+void MainWindow::ActivateMSDC(bool activate)
+{
+    const bool offers = activate && SDCardInfo.inserted;
+    if (offers) {
+        command::run(QStringLiteral("modprobe"), {QStringLiteral("g_mass_storage"),
+                                                  QStringLiteral("file=") + kCardDevice,
+                                                  QStringLiteral("removable=y")});
+    } else {
+        command::run(QStringLiteral("rmmod"), {QStringLiteral("g_mass_storage")});
+    }
+    m_pParams->getParams().MSDC_ModuleInstalled = offers;
 }
 
 void MainWindow::onProcessSystemShutdown()
 {
     emit BusyIndicator(true);
+    if (g_MainState == eStateLiveSavingMovie) {
+        gst_SendVideoInputPipelineEOS(true);
+        UpdateLogFiles(eVideoStop, static_cast<unsigned short>(m_pParams->getParams().MeterCount),
+                       inCurrentFolder(g_SavedFSInfo.currFileName), QString());
+    }
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
     qCDebug(log) << "Shutting Down...";
+    gst_EndVideoInputPipeline(); // a film is on the card, whole, before the power goes
     command::run(QStringLiteral("poweroff"));
 }
 
@@ -94,6 +188,32 @@ void MainWindow::onDirectoryChanged(const QString &path)
     qCDebug(log) << "Directory Changed: " << path;
 }
 
-void MainWindow::onLogfileChanged(const QString &) {}
+void MainWindow::onLogfileChanged(const QString &path)
+{
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    const qint64 size = QFileInfo(path).size();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        qCDebug(log) << "[ERROR] Opening message log file";
+        return;
+    }
+    file.seek(qint64(settings.lastMessageLogLocation));
+    messagelog::Card card = messagelog::Card::Unknown;
+    for (const CardState &known : kCardStates) {
+        if (known.state == g_prevMainState)
+            card = known.card;
+    }
+    const messagelog::Card before = card;
+    while (!file.atEnd())
+        card = messagelog::afterLine(card, file.readLine(kLongestLine));
+    file.close();
+    settings.lastMessageLogLocation = quint64(size);
+    if (card == before)
+        return;
+    for (const CardState &known : kCardStates) {
+        if (known.card == card)
+            ChangeMainState(known.state);
+    }
+}
 
 void MainWindow::setSystemDateTime(QString) {}

@@ -1,10 +1,8 @@
 // Buttons whose screens are not built: pressed, they leave everything as it is. docs/architecture.md lists them.
 #include "app/mainwindow.h"
 
-void MainWindow::on_btn_menu_CaptureModeSelect_clicked() {}
 void MainWindow::on_btn_menu_Tools_clicked() {}
 void MainWindow::on_btn_menu_BackButton_clicked() {}
-void MainWindow::on_btn_menu_Capture_clicked() {}
 void MainWindow::on_btn_menu_Thumbnails_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailNext_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailPrevious_clicked() {}

@@ -4,6 +4,7 @@
 
 #include "settings/params.h"
 #include "storage/eventlog.h"
+#include "storage/sdcard.h"
 
 #include <QApplication>
 
@@ -15,6 +16,13 @@ void MainWindow::UpdateMenuSystemInformation()
         QStringLiteral("FW: %1/%2\nIP: %3\nWi-FI AP: %4\nWi-FI MAC: %5\nKERNEL: %6\n%7")
             .arg(QStringLiteral(TUBIX_VERSION), settings.EncoderBoardFWVersion, settings.WIFIipAddr,
                  settings.WIFIHotSpotSSID, settings.WIFImacAddress, settings.KernelInfo, head));
+}
+
+void MainWindow::updateMainMenuSDCardInfo()
+{
+    getSDCardInfo();
+    ui->lbl_menu_Format_Media_Capacity->setText(cardSummary(SDCardInfo));
+    ui->pb_menu_StorageCapacity->setValue(SDCardInfo.percentFull);
 }
 
 void MainWindow::on_btn_tools_Reset_Meter_Counter_clicked()

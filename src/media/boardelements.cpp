@@ -78,6 +78,13 @@ bool isInstalled(const QString &fragment)
     });
 }
 
+// For a place between double quotes in a launch description.
+QString quotable(QString path)
+{
+    return path.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+        .replace(QLatin1Char('"'), QLatin1String("\\\""));
+}
+
 ElementRoles findRoles()
 {
     const QString file = unit::path(QStringLiteral("/home/root/tubix4_app/board.conf"));
@@ -85,7 +92,7 @@ ElementRoles findRoles()
     ElementRoles roles;
     for (const Role &role : roleTable()) {
         QString fragment = settings.value(QStringLiteral("roles/") + QLatin1String(role.key)).toString();
-        fragment.replace(QStringLiteral("${root}"), unit::root());
+        fragment.replace(QStringLiteral("${root}"), quotable(unit::root()));
         const char *queueOption = "";
         if (fragment.isEmpty()) {
             const auto found =

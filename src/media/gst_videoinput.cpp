@@ -5,6 +5,7 @@
 
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <gst/app/gstappsink.h>
@@ -239,6 +240,12 @@ void connectQueues()
     }
 }
 
+// `length` bytes at the most, always terminated.
+template <size_t N> void copyText(char (&target)[N], const char *text, int length)
+{
+    qstrncpy(target, text, std::min(N, size_t(std::max(length, 0)) + 1));
+}
+
 // The element's text is markup: what the user typed is shown as it stands.
 void setOverlayText(GstElement *overlay, const char *text)
 {
@@ -351,6 +358,40 @@ void gst_SetZoomLevel(unsigned char zoomStep)
     g_object_set(g_gst_Pipeline.videocrop, "top", a, "left", a, "bottom", b, "right", b, nullptr);
     // The printed names do not match what was set; service staff know the lines as they are.
     g_print("[VideoCrop]\n\tTop:%d\n\tLeft:%d\n\tBottom:%d\n\tRight:%d\n", a, b, a, b);
+}
+
+void gst_StartRecordingAVIFile(const char *path, int length)
+{
+    if (g_gst_MicrophoneActive) {
+        g_print("******************************\n**** RECORDING WITH AUDIO ****\n******************************\n");
+        g_gst_VideoPipelineMode = eGSTStateRecordingWithAudio;
+    } else {
+        g_print("*******************************\n*** RECORDING WITHOUT AUDIO ***\n"
+                "*******************************\n");
+        g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
+    }
+    copyText(g_gst_VideoFileName, path, length);
+    gst_SendVideoInputPipelineEOS(false);
+}
+
+void gst_UpdateVideoDamageCatelog(const char *text, int length)
+{
+    for (GstElement *overlay : {g_gst_Pipeline.LCDdamageCatelog, g_gst_Pipeline.damageCatelog}) {
+        if (!overlay)
+            continue;
+        copyText(g_gst_currDamageCatelogText, text, length);
+        g_object_set(overlay, "silent", length == 0, nullptr);
+        if (length == 0)
+            return;
+        setOverlayText(overlay, g_gst_currDamageCatelogText);
+    }
+}
+
+void gst_UpdateVideoMeterCount(const char *text, int length)
+{
+    copyText(g_gst_currMeterCount, text, length);
+    if (g_gst_Pipeline.meterCount)
+        setOverlayText(g_gst_Pipeline.meterCount, g_gst_currMeterCount);
 }
 
 void gst_EnableAudioRecording(int on)
