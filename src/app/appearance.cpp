@@ -5,6 +5,7 @@
 #include <QPalette>
 #include <QProxyStyle>
 #include <QStyleFactory>
+#include <QWidget>
 
 namespace {
 
@@ -71,4 +72,14 @@ void fixLook()
     QFont font(QStringLiteral("Liberation Sans"));
     font.setPixelSize(13);
     QApplication::setFont(font);
+}
+
+void showOnDesk(QWidget &window)
+{
+    window.setWindowState(Qt::WindowNoState);
+    window.setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint |
+                          Qt::WindowCloseButtonHint);
+    window.setFixedSize(800, 600);
+    window.move(0, 0);
+    window.show();
 }

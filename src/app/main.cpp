@@ -49,21 +49,6 @@ int refuse(const QByteArray &wrong)
     return kWrongUse;
 }
 
-// On a desk the unit is an ordinary window of the screen's size; on the unit it is the screen.
-void present(MainWindow &window)
-{
-    if (unit::isReal()) {
-        window.show();
-        return;
-    }
-    window.setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint |
-                          Qt::WindowCloseButtonHint);
-    window.setWindowState(Qt::WindowNoState);
-    window.setFixedSize(800, 600);
-    window.move(0, 0);
-    window.show();
-}
-
 int run(debounce &app)
 {
     app.init();
@@ -73,7 +58,10 @@ int run(debounce &app)
     QObject::connect(&window, &MainWindow::resetAutoShutdownTimer, &app,
                      &debounce::onresetAutoShutdownTimer);
     window.init();
-    present(window);
+    if (unit::isReal())
+        window.show();
+    else
+        showOnDesk(window);
     const int status = app.exec();
     gst_EndVideoInputPipeline(); // whatever ends the loop, a film is closed in order
     return status;

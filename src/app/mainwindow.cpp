@@ -30,8 +30,8 @@ const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent, Qt::FramelessWindowHint), ui(std::make_unique<Ui::MainWindow>())
 {
-    setWindowState(Qt::WindowFullScreen);
     ui->setupUi(this);
+    setWindowState(Qt::WindowFullScreen); // after the form, whose size would end it
 }
 
 MainWindow::~MainWindow() = default;

@@ -6,12 +6,15 @@
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
+#include "storage/dcim.h"
 
+#include <QDialog>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <csignal>
 
@@ -31,9 +34,7 @@ public:
         resetBoardElementsForTests();
         g_InputFrameReady = false;
         window.init();
-        window.setWindowState(Qt::WindowNoState);
-        window.setFixedSize(800, 600);
-        window.show();
+        showOnDesk(window);
     }
     ~Screen() { gst_EndVideoInputPipeline(); }
 
@@ -42,6 +43,22 @@ public:
     {
         QWidget *target = window.childAt(x, y);
         QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(&window, QPoint(x, y)));
+    }
+
+    // The card's state is asked for about a second after the start, and its folder takes another second.
+    void waitForCard() const
+    {
+        QTRY_VERIFY_WITH_TIMEOUT(params::getInstance()->getParams().MSDC_ModuleInstalled, 10000);
+    }
+
+    QPushButton *button(const char *name) const
+    {
+        return window.findChild<QPushButton *>(QString::fromLatin1(name));
+    }
+
+    QString logFile(const QString &extension) const
+    {
+        return inCurrentFolder(g_SavedFSInfo.currRootDirectory.section(u'/', -1) + extension);
     }
 
     QString text(const char *label) const
@@ -132,6 +149,72 @@ private slots:
         QTRY_COMPARE(screen.text("lbl_CableLength"), u"-!-"_s);
     }
 
+    void aTouchLeavesAStillNobodyCanDispute()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.folder.control({u"meter"_s, u"12.34"_s});
+        QTRY_COMPARE(screen.text("lbl_CableLength"), u"12.34 m"_s);
+        screen.touch(40, 485);
+        QVERIFY(!screen.button("btn_menu_zoom_plus")->isEnabled()); // while it is shown
+        QTRY_VERIFY(screen.button("btn_menu_zoom_plus")->isEnabled());
+        screen.touch(40, 485);
+        QTRY_VERIFY(screen.button("btn_menu_zoom_plus")->isEnabled());
+        for (const QString &name : {u"TUBX0001.jpg"_s, u"TUBX0002.jpg"_s}) {
+            QCOMPARE(QImage(unit::path(inCurrentFolder(name))).size(), QSize(720, 600));
+            QVERIFY(screen.folder.content(screen.logFile(u".html"_s)).contains("<a href=\"" + name.toUtf8()));
+            QVERIFY(screen.folder.content(screen.logFile(u".txt"_s)).contains("[+] " + name.toUtf8()));
+        }
+        QVERIFY(screen.folder.content(screen.logFile(u".txt"_s)).startsWith("012.34  "));
+        QCOMPARE(screen.events().count(u"4,Capture button clicked - save still"_s), 2);
+        QVERIFY(QDir(unit::path(inCurrentFolder(u".thumbs"_s))).isEmpty());
+    }
+
+    void aCardComesAndGoes()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.folder.control({u"card"_s, u"remove"_s});
+        QTRY_VERIFY(!screen.button("btn_menu_Capture")->isEnabled());
+        QVERIFY(!params::getInstance()->getParams().MSDC_ModuleInstalled);
+        screen.folder.control({u"card"_s, u"insert"_s});
+        QTRY_VERIFY(screen.button("btn_menu_Capture")->isEnabled());
+        QTRY_VERIFY(params::getInstance()->getParams().MSDC_ModuleInstalled);
+        const QByteArray commands = screen.folder.content(u"/var/log/commands"_s);
+        QVERIFY(commands.contains("modprobe g_mass_storage file=/dev/mmcblk1p1 removable=y"));
+        QVERIFY(commands.contains("rmmod g_mass_storage"));
+    }
+
+    void aFullCardIsToldAndTheLivePictureComesBack()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.folder.control({u"card"_s, u"full"_s});
+        bool asked = false;
+        QTimer::singleShot(300, &screen.window, [&] {
+            auto *box = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+            asked = box && box->geometry() == QRect(screen.window.mapToGlobal(QPoint(260, 205)), QSize(280, 190));
+            if (box)
+                QTest::mouseClick(box->findChild<QPushButton *>(u"btn_Cancel"_s), Qt::LeftButton);
+        });
+        screen.touch(40, 485);
+        QVERIFY(asked);
+        QVERIFY(QDir(unit::path(g_SavedFSInfo.currRootDirectory)).entryList({u"*.jpg"_s}).isEmpty());
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
+    }
+
+    void anEmptyBatteryEndsInTheUnitsPowerOff()
+    {
+        Screen screen;
+        screen.folder.control({u"battery"_s, u"empty"_s});
+        const QImage critical(u":/MyGraphicResources/graphics/critical_battery_bg.png"_s);
+        auto *label = screen.window.findChild<QLabel *>(u"labelInputVideo"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(middle(label->grab().toImage()), middle(critical), 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(screen.folder.content(u"/var/log/commands"_s).contains("poweroff"), 8000);
+        QCOMPARE(screen.events().filter(u"2,Shutdown power switch pressed"_s).size(), 1);
+    }
+
     void aLostCameraIsShownNotDrawn()
     {
         Screen screen;
@@ -141,7 +224,7 @@ private slots:
         QTRY_COMPARE(g_gst_VideoPipelineMode, eGSTStateError);
         const QImage critical(u":/MyGraphicResources/graphics/critical_system_error_bg.png"_s);
         QTRY_COMPARE(middle(label->grab().toImage()), middle(critical));
-        QVERIFY(!screen.window.findChild<QPushButton *>(u"btn_tools_Reset_Meter_Counter"_s)->isEnabled());
+        QVERIFY(!screen.button("btn_tools_Reset_Meter_Counter")->isEnabled());
         screen.touch(40, 189); // what is left of the screen still lives
         QCOMPARE(screen.text("lbl_ZoomLevel"), u"1.1x"_s);
         g_gst_VideoPipelineMode = eGSTStateLiveVideo;

@@ -1,10 +1,54 @@
 #include "testunit.h"
 
+#include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/inspectionlog.h"
+#include "storage/sdcard.h"
+#include "storage/stillpicture.h"
+#include "system/messagelog.h"
 
+#include <QDate>
+#include <QFileInfo>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString kEventLog = u"/home/root/tubix4_app/eventlog.csv"_s;
+
+// A card with one folder that is the current one.
+class CardWith : public TestUnit
+{
+public:
+    explicit CardWith(const QString &folder) : TestUnit(QStringList{kCardMountPoint})
+    {
+        CreateDCIMStructure(kBaseFolder + u'/' + folder);
+    }
+};
+
+void age(const QString &name, int seconds)
+{
+    QFile file(unit::path(inCurrentFolder(name)));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    file.setFileTime(QDateTime::fromSecsSinceEpoch(1700000000 + seconds), QFileDevice::FileModificationTime);
+}
+
+QStringList listing()
+{
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    QStringList names;
+    for (int i = 0; i < g_SavedFSInfo.nFilescurrRootDirectory; ++i)
+        names << g_FileListing[size_t(i)].fileName;
+    return names;
+}
+
+QString pageOf(const QString &folder)
+{
+    return inCurrentFolder(folder + u".html"_s);
+}
+
+} // namespace
 
 class TestStorage : public QObject
 {
@@ -14,13 +58,16 @@ private slots:
     void eventsAreAppendedTrimmedInOrder()
     {
         const TestUnit folder({u"/home/root/tubix4_app"_s});
+        folder.put(kEventLog, "2026-11-15/14:05:09,1,System boot\n2026-11-15/14:0");
+        mendEventLog(); // the half line of a power cut
         UpdateEventLog(eEventEnterToolsMenu, u"  Enter tools menu "_s);
         UpdateEventLog(eEventSetLanguage, u"名 %1, x"_s);
-        const QList<QByteArray> lines = folder.content(u"/home/root/tubix4_app/eventlog.csv"_s).split('\n');
-        QCOMPARE(lines.size(), 3);
+        const QList<QByteArray> lines = folder.content(kEventLog).split('\n');
+        QCOMPARE(lines.size(), 4);
+        QCOMPARE(lines[0], QByteArray("2026-11-15/14:05:09,1,System boot"));
         const QRegularExpression stamp(u"^\\d{4}-\\d\\d-\\d\\d/\\d\\d:\\d\\d:\\d\\d,"_s);
-        QCOMPARE(QString::fromUtf8(lines[0]).remove(stamp), u"5,Enter tools menu"_s);
-        QCOMPARE(QString::fromUtf8(lines[1]).remove(stamp), u"38,名 %1, x"_s);
+        QCOMPARE(QString::fromUtf8(lines[1]).remove(stamp), u"5,Enter tools menu"_s);
+        QCOMPARE(QString::fromUtf8(lines[2]).remove(stamp), u"38,名 %1, x"_s);
     }
 
     void aMissingFolderLosesTheEventAlone()
@@ -30,7 +77,207 @@ private slots:
         UpdateEventLog(eEventBoot, u"System boot"_s);
         QVERIFY(!QDir(unit::path(u"/home/root"_s)).exists());
     }
+
+    void aCardIsWhatDfTells_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<int>("inserted");
+        QTest::addColumn<qulonglong>("available");
+        QTest::newRow("usual") << u"/dev/root 1 1 1 1% /\n/dev/mmcblk1p1 7766016 120 7765896 1% /media/mmcblk1p1\n"_s
+                               << 1 << 7765896ull;
+        QTest::newRow("device on a line of its own")
+            << u"/dev/mmcblk1p1\n                       7766016 120 7765896 1% /media\n"_s << 1 << 7765896ull;
+        QTest::newRow("no card") << u"/dev/root 1 1 1 1% /\n"_s << 0 << 0ull;
+        QTest::newRow("nothing") << QString() << 0 << 0ull;
+        QTest::newRow("cut off") << u"/dev/mmcblk1p1 77660"_s << 0 << 0ull;
+    }
+    void aCardIsWhatDfTells()
+    {
+        QFETCH(const QString, report);
+        const sSDcardInfo card = cardInDfReport(report);
+        QTEST(int(card.inserted), "inserted");
+        QTEST(qulonglong(card.avail), "available");
+        QCOMPARE(card.percentFull, card.inserted);
+    }
+
+    void fullBeginsBelowTenMebibytes()
+    {
+        const TestUnit folder({u"/usr/bin"_s});
+        QVERIFY(isDiskFull()); // no df at all
+        const auto withAvailable = [&](const QByteArray &kilobytes) {
+            folder.put(u"/usr/bin/df"_s, "#!/bin/sh\necho /dev/mmcblk1p1 9 9 " + kilobytes + " 1% /m\n");
+            QFile::setPermissions(unit::path(u"/usr/bin/df"_s), QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
+            return isDiskFull();
+        };
+        QVERIFY(withAvailable("10239"));
+        QVERIFY(!withAvailable("10240"));
+        flagCorruptSDCard();
+        QCOMPARE(int(SDCardInfo.inserted), 0);
+    }
+
+    void theTreeIsMadeOnceAndMadeAgain()
+    {
+        const TestUnit card({kCardMountPoint});
+        CreateDCIMStructure(QString());
+        const QString today = QDate::currentDate().toString(u"ddMMyyyy"_s);
+        QCOMPARE(g_SavedFSInfo.currRootDirectory, kBaseFolder + u'/' + today);
+        QVERIFY(card.content(pageOf(today)).contains("<title>" + today.toUtf8() + ".html</title>"));
+        QCOMPARE(QDir(unit::path(inCurrentFolder(u".html_assets"_s))).entryList(QDir::Files).size(), 11);
+        UpdateLogFiles(eImageCapture, 5, inCurrentFolder(u"TUBX0001.jpg"_s), QString());
+        const QByteArray page = card.content(pageOf(today));
+        removeDir(inCurrentFolder(u".html_assets"_s));
+        CreateDCIMStructure(QString());
+        QCOMPARE(card.content(pageOf(today)), page); // the log is not lost with its pictures
+        QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".html_assets/style.css"_s))));
+    }
+
+    void theListingKeepsItsWays()
+    {
+        const CardWith card(u"Street 12"_s);
+        QVERIFY(listing().isEmpty());
+        QCOMPARE(int(g_SavedFSInfo.currDCIMIndex), 1);
+        const QStringList byAge = {u"TUBX0012.AVI"_s, u"b.jpeg"_s, u"a.jpg"_s, u"Clip.avi"_s, u"TUBX0003.jpg"_s};
+        for (int i = 0; i < byAge.size(); ++i) {
+            card.put(inCurrentFolder(byAge[i]), "x");
+            age(byAge[i], i == 2 ? 2 : i * 2); // a.jpg as old as b.jpeg
+        }
+        age(u"b.jpeg"_s, 2);
+        age(u"a.jpg"_s, 2);
+        for (const QString &name : {u"TUBX0003.wav"_s, u"TUBX0099.wav"_s, u".hidden.jpg"_s, u"note.txt"_s})
+            card.put(inCurrentFolder(name), "x");
+        card.put(inCurrentFolder(u"TUBX0077.jpg"_s), ""); // never came to its end
+        QCOMPARE(listing(), (QStringList{u"TUBX0012.AVI"_s, u"a.jpg"_s, u"b.jpeg"_s, u"Clip.avi"_s, u"TUBX0003.jpg"_s}));
+        QCOMPARE(int(g_SavedFSInfo.currDCIMIndex), 13);
+        QCOMPARE(int(g_FileListing[0].isVideo), 0);
+        QCOMPARE(int(g_FileListing[3].isVideo), 1);
+        QCOMPARE(int(g_FileListing[4].annotated), 1);
+        QCOMPARE(int(g_FileListing[1].annotated), 0);
+    }
+
+    void tenThousandFilesAreListedAndAllCounted()
+    {
+        const CardWith card(u"Much"_s);
+        for (int i = 0; i < kMostFiles + 2; ++i)
+            card.put(inCurrentFolder(captureName(i, u".jpg"_s)), "x");
+        QCOMPARE(listing().size(), kMostFiles);
+        QCOMPARE(int(g_SavedFSInfo.currDCIMIndex), 10000); // TUBX10000.jpg has no number any more
+    }
+
+    void removingDoesNotFollowLinks()
+    {
+        const TestUnit card({kCardMountPoint, u"/home/keep"_s});
+        card.put(u"/home/keep/file"_s, "x");
+        QDir().mkpath(unit::path(kBaseFolder + u"/a/.b/c"_s));
+        QFile::link(unit::path(u"/home/keep"_s), unit::path(kBaseFolder + u"/a/link"_s));
+        QVERIFY(removeDir(kBaseFolder));
+        QVERIFY(!QFileInfo::exists(unit::path(kBaseFolder)));
+        QCOMPARE(card.content(u"/home/keep/file"_s), QByteArray("x"));
+        QVERIFY(removeDir(kBaseFolder));
+    }
+
+    void rowsAndLinesAreByteForByte()
+    {
+        const auto [row, line] = inspectionlog::entry(eImageCapture, 5, u"14:05:09"_s, u"TUBX0007.jpg"_s);
+        QCOMPARE(row, QByteArray("\n\t<tr>\n\t  <td>000.05</td>\n\t  <td>14:05:09</td>\n\t  <td><img "
+                                 "src=\"./.html_assets/imagecaptured.png\"/></td>\n\t  <td><a "
+                                 "href=\"TUBX0007.jpg\">TUBX0007.jpg</a></td>\n\t</tr>\n"));
+        QCOMPARE(line, QByteArray("000.05  14:05:09  [+] TUBX0007.jpg\n"));
+        const auto note = inspectionlog::entry(eDamageCatelogChange, 1234, u"14:05:09"_s, u"a < b & \"c\" -> %1"_s);
+        QCOMPARE(note.row, QByteArray("\n\t<tr>\n\t  <td>012.34</td>\n\t  <td>14:05:09</td>\n\t  <td></td>\n\t  "
+                                      "<td>a &lt; b &amp; &quot;c&quot; -> %1</td>\n\t</tr>\n"));
+        QCOMPARE(note.line, QByteArray("012.34  14:05:09  [!] a < b & \"c\" -> %1\n"));
+        QVERIFY(inspectionlog::entry(eVideoStop, 0, QString(), u"x"_s).row.contains("stop.png\"/></td>\n\t  <td>x</td>"));
+    }
+
+    void aLogFollowsItsPage()
+    {
+        const CardWith card(u"A & B"_s);
+        const QString page = pageOf(u"A & B"_s);
+        const QString lines = inCurrentFolder(u"A & B.txt"_s);
+        QVERIFY(card.content(page).contains("A &amp; B.html"));
+        UpdateLogFiles(eFileRename, 0, QString(), u" a -> b "_s);
+        QVERIFY(card.content(page).contains("<td>a -> b</td>\n\t</tr>\n</table>"));
+        QVERIFY(card.content(lines).endsWith("[*] a -> b\n"));
+        card.put(page, "no table here");
+        UpdateLogFiles(eFileDelete, 0, u"/x/y.jpg"_s, QString());
+        QCOMPARE(card.content(page), QByteArray("no table here"));
+        QVERIFY(card.content(lines).endsWith("[X] y.jpg\n"));
+        QFile::remove(unit::path(page));
+        UpdateLogFiles(eFileDelete, 0, u"/x/z.jpg"_s, QString());
+        QVERIFY(!card.content(lines).contains("z.jpg"));
+    }
+
+    // Wherever the last write of a page broke off, the page is whole again and keeps every row before it.
+    void aTornPageIsMended()
+    {
+        const CardWith card(u"Torn"_s);
+        const QString page = pageOf(u"Torn"_s);
+        const QByteArray empty = card.content(page);
+        UpdateLogFiles(eImageCapture, 100, u"/x/first.jpg"_s, QString());
+        const QByteArray first = card.content(page);
+        UpdateLogFiles(eImageCapture, 200, u"/x/second.jpg"_s, QString());
+        const QByteArray second = card.content(page);
+        const QByteArray end = first.mid(first.lastIndexOf("</table>"));
+        const auto mended = [&](const QByteArray &torn) {
+            card.put(page, torn);
+            CreateDCIMStructure(g_SavedFSInfo.currRootDirectory);
+            return card.content(page);
+        };
+        for (qsizetype cut = first.lastIndexOf("</table>"); cut < second.size() - 1; ++cut) {
+            const QByteArray content = mended(second.left(cut));
+            QVERIFY2(content == first || content == second, content.right(200).constData());
+        }
+        QCOMPARE(mended(empty.left(empty.indexOf("</table>"))), QByteArray(empty).replace("\t</table>", "</table>"));
+        QCOMPARE(mended(second), second);
+        QCOMPARE(mended("somebody else's"), QByteArray("somebody else's"));
+    }
+
+    void aStillIsCutAndBanded()
+    {
+        QCOMPARE(stillpicture::cutOut(0), QRect(0, 0, 720, 576));
+        QCOMPARE(stillpicture::cutOut(1), QRect(16, 20, 680, 544));
+        QImage band(720, 600, QImage::Format_RGB32);
+        band.fill(Qt::black);
+        QImage frame(720, 576, QImage::Format_RGB16);
+        frame.fill(Qt::red);
+        const QImage picture = stillpicture::compose(band, frame, 10, {u"12.34 m"_s, QString(), QString()});
+        QCOMPARE(picture.size(), QSize(720, 600));
+        QCOMPARE(picture.pixelColor(0, 23), QColor(Qt::black));
+        QCOMPARE(picture.pixelColor(0, 24), QColor(Qt::red));
+        QCOMPARE(picture.pixelColor(719, 599), QColor(Qt::red));
+        const QImage blank = stillpicture::compose(band, frame, 10, {});
+        QVERIFY(picture.copy(442, 4, 60, 18) != blank.copy(442, 4, 60, 18));
+        QCOMPARE(picture.copy(568, 0, 152, 24), blank.copy(568, 0, 152, 24));
+        const TestUnit card({kCardMountPoint});
+        QVERIFY(stillpicture::save(picture, u"/media/mmcblk1p1/a.jpg"_s));
+        QCOMPARE(QImage(unit::path(u"/media/mmcblk1p1/a.jpg"_s)).size(), QSize(720, 600));
+        QVERIFY(!stillpicture::save(picture, u"/media/none/a.jpg"_s));
+    }
+
+    void theKernelTellsTheCard_data()
+    {
+        QTest::addColumn<QByteArrayList>("lines");
+        QTest::addColumn<int>("card");
+        using messagelog::Card;
+        const auto row = [](const char *name, const QByteArrayList &lines, Card card) {
+            QTest::newRow(name) << lines << int(card);
+        };
+        row("other lines", {"usb 1-1: new device", "mmc0: card 0001 removed"}, Card::Unknown);
+        row("inserted", {"mmc1: new card", " mmcblk1: p1", "something else"}, Card::Inserted);
+        row("removed", {" mmcblk1: p1", "mmc1: card 0001 removed"}, Card::Removed);
+        row("put back", {"mmc1: card 0001 removed", " mmcblk1: p1"}, Card::Inserted);
+        row("corrupt", {" mmcblk1: p1", "FAT-fs: FAT read failed (blocknr 1)", "something else"}, Card::Corrupt);
+        row("an error without a card", {"FAT read failed"}, Card::Unknown);
+    }
+    void theKernelTellsTheCard()
+    {
+        QFETCH(const QByteArrayList, lines);
+        messagelog::Card card = messagelog::Card::Unknown;
+        for (const QByteArray &line : lines)
+            card = messagelog::afterLine(card, line);
+        QTEST(int(card), "card");
+    }
 };
 
-QTEST_GUILESS_MAIN(TestStorage)
+QTEST_MAIN(TestStorage)
 #include "test_storage.moc"
