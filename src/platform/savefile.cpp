@@ -2,6 +2,7 @@
 
 #include "platform/unit.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -12,6 +13,9 @@
 #include <unistd.h>
 
 namespace {
+
+// Ours alone: what a kill leaves behind may be deleted without a second look.
+constexpr char kTemporarySuffix[] = ".tubix-new";
 
 // An open descriptor that is closed on every way out.
 class Descriptor
@@ -83,7 +87,7 @@ bool write(const QString &unitPath, const QByteArray &content, QString *error)
 {
     const QString hostPath = unit::path(unitPath);
     const QByteArray target = QFile::encodeName(hostPath);
-    const QByteArray temporary = target + ".new";
+    const QByteArray temporary = target + kTemporarySuffix;
     if (!fillTemporary(temporary, target, content) ||
         ::rename(temporary.constData(), target.constData()) != 0) {
         report(error);
@@ -111,9 +115,13 @@ std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *e
     return content;
 }
 
-void syncFolder(const QString &unitPath)
+void removeLeftovers(const QString &unitFolder)
 {
-    syncHostFolder(unit::path(unitPath));
+    QDir folder(unit::path(unitFolder));
+    const QStringList names =
+        folder.entryList({QLatin1Char('*') + QLatin1String(kTemporarySuffix)}, QDir::Files | QDir::Hidden);
+    for (const QString &name : names)
+        folder.remove(name);
 }
 
 } // namespace savefile

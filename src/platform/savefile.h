@@ -16,7 +16,7 @@ bool write(const QString &unitPath, const QByteArray &content, QString *error = 
 // The whole file, or nothing when it cannot be read or is larger than `limit` bytes (memory stays bounded).
 std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *error = nullptr);
 
-// Makes a changed folder entry (a file made, renamed, removed) survive a power cut.
-void syncFolder(const QString &unitPath);
+// Deletes the temporary files that writes cut off by a kill or a power cut left in the folder.
+void removeLeftovers(const QString &unitFolder);
 
 } // namespace savefile

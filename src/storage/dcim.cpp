@@ -1,6 +1,7 @@
 #include "storage/dcim.h"
 
 #include "platform/command.h"
+#include "platform/savefile.h"
 #include "platform/unit.h"
 #include "storage/inspectionlog.h"
 
@@ -114,6 +115,7 @@ void CreateDCIMStructure(const QString &folder)
         createHTMLAssets();
         createLogHTMLlog(folder);
     }
+    savefile::removeLeftovers(current);
     mendInspectionLog();
     syncCard();
 }

@@ -229,7 +229,11 @@ private slots:
         }
         QCOMPARE(mended(empty.left(empty.indexOf("</table>"))), QByteArray(empty).replace("\t</table>", "</table>"));
         QCOMPARE(mended(second), second);
+        card.put(inCurrentFolder(u"TUBX0003.jpg.tubix-new"_s), "half a picture");
+        card.put(inCurrentFolder(u"mine.new"_s), "x");
         QCOMPARE(mended("somebody else's"), QByteArray("somebody else's"));
+        QVERIFY(!QFileInfo::exists(unit::path(inCurrentFolder(u"TUBX0003.jpg.tubix-new"_s))));
+        QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u"mine.new"_s))));
     }
 
     void aStillIsCutAndBanded()
