@@ -72,10 +72,10 @@ std::string deviceName(PipeCamera *camera)
     return name;
 }
 
-void setProperty(GObject *object, guint id, const GValue *value, GParamSpec *spec)
+void setProperty(GObject *object, guint id, const GValue *value, GParamSpec *parameter)
 {
     if (id != PROP_DEVICE) {
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, parameter);
         return;
     }
     const gchar *name = g_value_get_string(value);
@@ -84,10 +84,10 @@ void setProperty(GObject *object, guint id, const GValue *value, GParamSpec *spe
     GST_OBJECT_UNLOCK(object);
 }
 
-void getProperty(GObject *object, guint id, GValue *value, GParamSpec *spec)
+void getProperty(GObject *object, guint id, GValue *value, GParamSpec *parameter)
 {
     if (id != PROP_DEVICE) {
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, parameter);
         return;
     }
     g_value_set_string(value, deviceName(self(object)).c_str());
