@@ -50,6 +50,9 @@ qint8 brightness(const _GlobalSystemSettings &settings)
 
 void MainWindow::showLivePicture()
 {
+    // A fresh pipeline shows the whole frame: the picture has to agree with the figure in the top bar.
+    if (const quint8 level = m_pParams->getParams().ZoomLevel; level > 0)
+        gst_SetZoomLevel(level);
     if (displayDraws(boardElements()))
         return; // the overlay plane shows the picture; the label stays as the screen has it
     ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
@@ -81,6 +84,8 @@ void MainWindow::doNextFrame()
     }
     if (drawsLiveFrames(g_MainState))
         drawLiveFrame();
+    if (g_MainState == eStateLiveSavingMovie)
+        followRecording();
     ++nFrame;
 }
 

@@ -182,7 +182,8 @@ void MainWindow::shutdownTimerExpired()
 void MainWindow::onBusyIndicator(bool on)
 {
     ui->lbl_BusyIcon->setVisible(on);
-    QCoreApplication::processEvents(); // painted before the caller blocks
+    // Painted before the caller blocks; a touch waits until it is done.
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void MainWindow::onClearPictureEditorButtons()
@@ -202,5 +203,5 @@ void MainWindow::clearLiveVideoLabel()
     QPixmap black(kFrameWidth, kFrameHeight);
     black.fill(Qt::black);
     ui->labelInputVideo->setPixmap(black);
-    QCoreApplication::processEvents();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }

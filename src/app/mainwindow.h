@@ -151,6 +151,16 @@ private:
     void showCurrentFolder();
     bool confirm(const QString &picture); // asks with a picture; blocks until answered
 
+    // --- mw_recording.cpp: films ---
+    void enterLiveSavingMovieQueued();
+    void enterLiveSavingMovie();
+    void enterLiveTerminateSavingMovie();
+    void setRecordingButtonsEnabled(bool enabled);
+    void followRecording(); // running time and room on the card, at every frame
+    void saveFilmThumbnail(const QString &path);
+    void showRecordingEnded();
+    void endRecordingWithoutCard();
+
     // --- buttonrouting.cpp ---
     void enterCaptureModeChange();
     void tellCardFullInLiveView();

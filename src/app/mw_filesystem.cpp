@@ -4,7 +4,6 @@
 
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
-#include "platform/unit.h"
 #include "settings/params.h"
 #include "storage/dcim.h"
 #include "storage/inspectionlog.h"
@@ -12,7 +11,6 @@
 #include "storage/stillpicture.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <QTimer>
 
 namespace {
@@ -20,14 +18,6 @@ namespace {
 constexpr int kCaptureShown = 1000; // ms
 
 const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
-
-// The next name that no file has: a number beyond four digits is not found again by the listing.
-QString freeCaptureName(const QString &extension)
-{
-    while (QFileInfo::exists(unit::path(inCurrentFolder(captureName(g_SavedFSInfo.currDCIMIndex, extension)))))
-        ++g_SavedFSInfo.currDCIMIndex;
-    return captureName(g_SavedFSInfo.currDCIMIndex, extension);
-}
 
 } // namespace
 
@@ -68,7 +58,10 @@ void MainWindow::enterSDCardRemoved()
     ui->pb_menu_StorageCapacity->setValue(0);
     ActivateMSDC(false);
     emit SDCardRemoved();
-    restoreMainState(previous);
+    if (previous == eStateLiveSavingMovie)
+        endRecordingWithoutCard();
+    else
+        restoreMainState(previous);
 }
 
 void MainWindow::enterSDCardCorrupt()

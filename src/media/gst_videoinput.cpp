@@ -150,6 +150,8 @@ void handleError(GstMessage *message)
     if (detail)
         g_print("Additional debug info:\n%s\n", detail.get());
     GST_DEBUG_BIN_TO_DOT_FILE(GST_BIN(g_gst_Pipeline.pipeline), GST_DEBUG_GRAPH_SHOW_ALL, "videoinput-error");
+    if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError)
+        return; // one fault, told by several elements: the recording is ending already
     if (g_gst_VideoPipelineMode == eGSTStateRecordingWithAudio ||
         g_gst_VideoPipelineMode == eGSTStateRecordingWithoutAudio) {
         // The end of stream closes the film; whoever ends the recording then rebuilds.

@@ -168,6 +168,14 @@ QString captureName(int index, const QString &extension)
                                         extension);
 }
 
+QString freeCaptureName(const QString &extension)
+{
+    qint16 &index = g_SavedFSInfo.currDCIMIndex;
+    while (QFileInfo::exists(unit::path(inCurrentFolder(captureName(index, extension)))))
+        ++index;
+    return captureName(index, extension);
+}
+
 QString shownFolder(const QString &folder)
 {
     return folder.mid(kDcimFolder.size()).right(kShownCharacters);

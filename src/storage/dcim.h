@@ -57,6 +57,10 @@ bool removeDir(const QString &dirName);
 // "TUBX0007" + extension: the name of capture number `index`.
 QString captureName(int index, const QString &extension);
 
+// The name for the next capture: moves currDCIMIndex on to the first number whose file does not exist (a number
+// beyond four digits is not found again by the listing).
+QString freeCaptureName(const QString &extension);
+
 // The folder as the top bar shows it: below DCIM, at most the last 18 characters.
 QString shownFolder(const QString &folder);
 

@@ -79,6 +79,17 @@ public:
     MainWindow window;
 };
 
+// Codec, size and rate of each stream, by a tool that is not ours.
+QByteArray probe(const QString &film)
+{
+    QProcess tool;
+    tool.start(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_entries"_s,
+                              u"stream=codec_name,width,height,avg_frame_rate"_s, u"-of"_s, u"csv=p=0"_s,
+                              unit::path(film)});
+    tool.waitForFinished();
+    return tool.readAllStandardOutput();
+}
+
 QColor middle(const QImage &picture)
 {
     return picture.pixelColor(picture.rect().center());
@@ -183,6 +194,78 @@ private slots:
         const QByteArray commands = screen.folder.content(u"/var/log/commands"_s);
         QVERIFY(commands.contains("modprobe g_mass_storage file=/dev/mmcblk1p1 removable=y"));
         QVERIFY(commands.contains("rmmod g_mass_storage"));
+    }
+
+    void aFilmIsRecorded_data()
+    {
+        QTest::addColumn<int>("microphone");
+        QTest::addColumn<QByteArray>("streams");
+        QTest::newRow("with sound") << 1 << QByteArray("mjpeg,720,576,15/1\nmp3,0/0\n");
+        QTest::newRow("without sound") << 0 << QByteArray("mjpeg,720,576,25/1\n");
+    }
+    void aFilmIsRecorded()
+    {
+        QFETCH(const int, microphone);
+        Screen screen;
+        screen.waitForCard();
+        gst_EnableAudioRecording(microphone);
+        screen.touch(40, 189); // zoomed: the live picture has to come back as it was
+        screen.touch(40, 337); // video mode
+        screen.touch(40, 485);
+        QVERIFY(!screen.button("btn_menu_Tools")->isEnabled());
+        const QString film = inCurrentFolder(u"TUBX0001.avi"_s);
+        QTRY_COMPARE(screen.text("lbl_VideoLengthIndicator"), u"00:00:02"_s);
+        QTRY_VERIFY(QFileInfo(unit::path(film)).size() > 0);
+        QVERIFY(!g_gst_Pipeline.videocrop);
+        screen.touch(40, 485);
+        QVERIFY(screen.button("btn_menu_Tools")->isEnabled());
+        QTEST(probe(film), "streams");
+        QCOMPARE(QImage(unit::path(inCurrentFolder(u".thumbs/TUBX0001.jpg"_s))).size(), QSize(720, 576));
+        const QByteArray log = screen.folder.content(screen.logFile(u".txt"_s));
+        QVERIFY(log.indexOf("|-- TUBX0001.avi") < log.indexOf("--| TUBX0001.avi"));
+        QVERIFY(log.contains("--| TUBX0001.avi"));
+        int top = 0;
+        g_object_get(g_gst_Pipeline.videocrop, "top", &top, nullptr);
+        QCOMPARE(top, 20);
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
+    }
+
+    void aStopDuringTheStartLeavesTheLivePicture()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.touch(40, 337);
+        screen.touch(40, 485);
+        screen.touch(40, 485);
+        QVERIFY(g_gst_Pipeline.videocrop);
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
+        QVERIFY(screen.button("btn_menu_Capture")->isEnabled());
+    }
+
+    void aCardPulledFromAFilmEndsItAndTheLivePictureComesBack()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.touch(40, 337);
+        screen.touch(40, 485);
+        QTRY_VERIFY(g_gst_Pipeline.videosavesink);
+        bool told = false;
+        QTimer closer;
+        connect(&closer, &QTimer::timeout, &screen.window, [&] {
+            if (auto *box = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
+                told = true;
+                box->close();
+            }
+        });
+        closer.start(100);
+        screen.folder.control({u"card"_s, u"remove"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(told, 8000);
+        QTRY_VERIFY(g_gst_Pipeline.videocrop);
+        QVERIFY(!screen.button("btn_menu_Capture")->isEnabled());
+        QVERIFY(screen.button("btn_menu_Tools")->isEnabled());
+        QVERIFY(!QFileInfo::exists(unit::path(kDcimFolder)));
     }
 
     void aFullCardIsToldAndTheLivePictureComesBack()

@@ -1,0 +1,116 @@
+// Films: start, running time, end.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "app/runningtime.h"
+#include "film/firstframe.h"
+#include "media/gst_videoinput.h"
+#include "platform/command.h"
+#include "platform/unit.h"
+#include "settings/params.h"
+#include "storage/dcim.h"
+#include "storage/inspectionlog.h"
+#include "storage/sdcard.h"
+#include "storage/stillpicture.h"
+
+#include <QTimer>
+
+namespace {
+
+constexpr int kFullCheckTicks = 15; // frames between two looks at the card's room
+
+QIcon graphic(const char *name)
+{
+    return QIcon(QStringLiteral(":/MyGraphicResources/graphics/") + QLatin1String(name));
+}
+
+} // namespace
+
+void MainWindow::enterLiveSavingMovieQueued()
+{
+    g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".avi"));
+    const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
+    const QByteArray file = unit::path(path).toUtf8();
+    gst_StartRecordingAVIFile(file.constData(), int(file.size()));
+    clearLiveVideoLabel();
+    ui->labelInputVideo->show();
+    ui->btn_DamageCatelog->show();
+    imageTimer->start();
+    ++g_SavedFSInfo.currDCIMIndex;
+    UpdateLogFiles(eVideoStart, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path, QString());
+    ActivateMSDC(false);
+    ChangeMainState(eStateLiveSavingMovie);
+}
+
+void MainWindow::enterLiveSavingMovie()
+{
+    ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
+    ui->frm_VideoLengthIndicator->show();
+    ui->btn_menu_Capture->setIcon(graphic("btn_stop.png"));
+    setRecordingButtonsEnabled(false);
+    elapsedTime.start();
+}
+
+void MainWindow::setRecordingButtonsEnabled(bool enabled)
+{
+    for (QWidget *button : {ui->btn_menu_Thumbnails, ui->btn_menu_Tools, ui->btn_menu_CaptureModeSelect})
+        button->setEnabled(enabled);
+}
+
+void MainWindow::followRecording()
+{
+    ui->lbl_VideoLengthIndicator->setText(runningTimeText(elapsedTime.elapsed()));
+    if (nFrame % kFullCheckTicks == 0 && isDiskFull())
+        ChangeMainState(eStateLiveTerminateSavingMovie);
+}
+
+void MainWindow::enterLiveTerminateSavingMovie()
+{
+    emit BusyIndicator(true);
+    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    // Waited for: what comes now reads the closed film.
+    gst_EndVideoInputPipeline();
+    if (isDiskFull())
+        confirm(QStringLiteral("confirmation_disk_full.png"));
+    gst_VideoInputPipeline(0);
+    imageTimer->stop();
+    command::run(QStringLiteral("sync"));
+    const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
+    UpdateLogFiles(eVideoStop, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path, QString());
+    saveFilmThumbnail(path);
+    showRecordingEnded();
+    ActivateMSDC(true);
+    emit BusyIndicator(false);
+    ChangeMainState(eStateLive);
+    showLivePicture();
+}
+
+void MainWindow::saveFilmThumbnail(const QString &path)
+{
+    const QImage frame = firstFrameOfFilm(unit::path(path));
+    if (!frame.isNull()) {
+        stillpicture::save(frame, inCurrentFolder(QStringLiteral(".thumbs/") +
+                                                  g_SavedFSInfo.currFileName.chopped(3) + QLatin1String("jpg")));
+    }
+}
+
+void MainWindow::showRecordingEnded()
+{
+    ui->btn_menu_Capture->setIcon(graphic("btn_capture_active.png"));
+    ui->frm_VideoLengthIndicator->hide();
+    setRecordingButtonsEnabled(true);
+    ui->btn_DamageCatelog->hide();
+}
+
+void MainWindow::endRecordingWithoutCard()
+{
+    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    gst_EndVideoInputPipeline();
+    showRecordingEnded();
+    setCardButtonsEnabled(false);
+    flagCorruptSDCard();
+    confirm(QStringLiteral("confirmation_corrupt_sdcard.png"));
+    gst_VideoInputPipeline(0);
+    ChangeMainState(eStateLive);
+    showLivePicture();
+}

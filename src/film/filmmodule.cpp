@@ -1,0 +1,20 @@
+#include "film/filmmodule.h"
+
+#include <opencv2/imgproc.hpp>
+#include <opencv2/videoio.hpp>
+
+extern "C" __attribute__((visibility("default"))) bool tubixFilmFirstFrame(const char *path, FilmFrameTaker take,
+                                                                          void *context) noexcept
+try {
+    // This back end alone: the one for images takes TUBX0001.avi for a numbered series.
+    cv::VideoCapture film(path, cv::CAP_FFMPEG);
+    cv::Mat frame;
+    if (!film.isOpened() || !film.read(frame) || frame.empty())
+        return false;
+    cv::Mat rgb;
+    cv::cvtColor(frame, rgb, cv::COLOR_BGR2RGB);
+    take(context, rgb.data, rgb.cols, rgb.rows, static_cast<long>(rgb.step));
+    return true;
+} catch (...) {
+    return false;
+}

@@ -1,0 +1,8 @@
+// The first frame of a film, as a picture.
+#pragma once
+
+#include <QImage>
+
+// `hostPath`: the film's file on this host. A null picture when it cannot be read, or when the film module
+// (libtubixfilm.so, beside the program or in ../lib/tubix4) cannot be loaded. Any thread.
+QImage firstFrameOfFilm(const QString &hostPath);
