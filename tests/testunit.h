@@ -1,4 +1,5 @@
-// A unit in a temporary folder, for tests: an empty tree of the folders that a test names, or the simulator's.
+// A unit in a temporary folder, for tests: an empty tree of the folders that a test names, or the
+// simulator's.
 #pragma once
 
 #include "platform/unit.h"

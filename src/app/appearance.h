@@ -9,5 +9,6 @@ void fixPixels();
 // Fixes style, palette and font; after it is built.
 void fixLook();
 
-// Shows the unit's window on a desk: an ordinary window of the screen's size, where on the unit it is the screen.
+// Shows the unit's window on a desk: an ordinary window of the screen's size, where on the unit it is the
+// screen.
 void showOnDesk(QWidget &window);

@@ -130,9 +130,10 @@ void MainWindow::changeZoom(int step)
     ui->lbl_ZoomLevel->setText(zoom::label(level));
     if (!changes || g_MainState != eStateLive)
         return;
-    UpdateEventLog(step > 0 ? eEventZoomPlus : eEventZoomMinus,
-                   QStringLiteral("Zoom %1 button clicked - %2")
-                       .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(level)));
+    UpdateEventLog(
+        step > 0 ? eEventZoomPlus : eEventZoomMinus,
+        QStringLiteral("Zoom %1 button clicked - %2")
+            .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(level)));
     gst_SetZoomLevel(level);
 }
 
@@ -153,9 +154,10 @@ void MainWindow::changeLight(int step)
     if (wanted < 0 || wanted > kBrightestStep)
         return;
     settings.LEDIntensityStep = static_cast<qint8>(wanted);
-    UpdateEventLog(step > 0 ? eEventLedPlus : eEventLedMinus,
-                   QStringLiteral("LED %1 button clicked - %2")
-                       .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(wanted)));
+    UpdateEventLog(
+        step > 0 ? eEventLedPlus : eEventLedMinus,
+        QStringLiteral("LED %1 button clicked - %2")
+            .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(wanted)));
     ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(wanted));
     SetImagerLEDBrightness(brightness(settings));
 }

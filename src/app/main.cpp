@@ -28,7 +28,8 @@ struct Options
     QByteArray wrong; // what was not understood
 };
 
-// Ours begin with two dashes. The others are Qt's, until the application object has taken those out of `argv`.
+// Ours begin with two dashes. The others are Qt's, until the application object has taken those out of
+// `argv`.
 Options parse(int argc, char **argv, bool othersAreQts)
 {
     Options options;
@@ -55,8 +56,7 @@ int run(debounce &app)
     MainWindow window;
     QObject::connect(&app, &debounce::ProcessSystemShutdown, &window, &MainWindow::onProcessSystemShutdown);
     QObject::connect(&window, &MainWindow::initShutdownTimer, &app, &debounce::onInitAutoShutdownTimer);
-    QObject::connect(&window, &MainWindow::resetAutoShutdownTimer, &app,
-                     &debounce::onresetAutoShutdownTimer);
+    QObject::connect(&window, &MainWindow::resetAutoShutdownTimer, &app, &debounce::onresetAutoShutdownTimer);
     window.init();
     if (unit::isReal())
         window.show();

@@ -43,13 +43,14 @@ void MainWindow::init()
     m_pParams = params::getInstance();
     _GlobalSystemSettings &settings = m_pParams->getParams();
     m_pParams->GetKernelInformation();
+    enableRawEncoderDisplay();
 
     if (settings.WIFIHotSpotPW.contains(wifi::kFactoryPassPhrase))
         m_pParams->SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
     m_pParams->configureWifi();
-    ui->lbl_WiFiIndicator->setPixmap(QPixmap(kGraphics + (settings.bWIFIHotSpotActive
-                                                              ? QStringLiteral("ind_WIFI_active.png")
-                                                              : QStringLiteral("ind_WIFI_inactive.png"))));
+    ui->lbl_WiFiIndicator->setPixmap(
+        QPixmap(kGraphics + (settings.bWIFIHotSpotActive ? QStringLiteral("ind_WIFI_active.png")
+                                                         : QStringLiteral("ind_WIFI_inactive.png"))));
     gst_EnableAudioRecording(settings.bMicrophoneActive);
     gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
 
@@ -192,7 +193,8 @@ void MainWindow::onClearPictureEditorButtons()
         button->setIcon(QIcon(kGraphics + picture));
     };
     setInactive(ui->btn_menu_ThumbnailImageEditArrow, QStringLiteral("btn_imageedit_add_arrow_inactive.png"));
-    setInactive(ui->btn_menu_ThumbnailImageEditCircle, QStringLiteral("btn_imageedit_add_circle_inactive.png"));
+    setInactive(ui->btn_menu_ThumbnailImageEditCircle,
+                QStringLiteral("btn_imageedit_add_circle_inactive.png"));
     setInactive(ui->btn_menu_ThumbnailImageEditText, QStringLiteral("btn_imageedit_add_text_inactive.png"));
     setInactive(ui->btn_menu_ThumbnailImageEditColor,
                 QStringLiteral("btn_imageedit_choose_color_inactive.png"));

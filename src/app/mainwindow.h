@@ -39,6 +39,9 @@ public:
     // --- mw_system.cpp ---
     void ActivateMSDC(bool activate); // offers the card to a USB host, or takes it back
 
+    // Shows raw encoder counts for the rest of the run when the card asks for it; returns 1.
+    int enableRawEncoderDisplay();
+
     // --- mainstatemachine.cpp ---
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
@@ -51,16 +54,16 @@ signals:
     void SDCardRemoved();
 
 public slots:
-    void onProcessSystemShutdown();       // mw_system.cpp
-    void onClearPictureEditorButtons();   // mainwindow.cpp
-    void onBusyIndicator(bool on);        // mainwindow.cpp
-    void doNextFrame();                   // liveview.cpp
-    void systemCheck();                   // mw_system.cpp
-    void setSystemDateTime(QString dateTime); // mw_system.cpp
-    void popUpExpired();                  // mainwindow.cpp
-    void shutdownTimerExpired();          // mainwindow.cpp
-    void genericDelayTimerExpired();      // mainwindow.cpp
-    void onRecordAudioTimerExpired(); // openslots.cpp
+    void onProcessSystemShutdown();               // mw_system.cpp
+    void onClearPictureEditorButtons();           // mainwindow.cpp
+    void onBusyIndicator(bool on);                // mainwindow.cpp
+    void doNextFrame();                           // liveview.cpp
+    void systemCheck();                           // mw_system.cpp
+    void setSystemDateTime(QString dateTime);     // mw_system.cpp
+    void popUpExpired();                          // mainwindow.cpp
+    void shutdownTimerExpired();                  // mainwindow.cpp
+    void genericDelayTimerExpired();              // mainwindow.cpp
+    void onRecordAudioTimerExpired();             // openslots.cpp
     void onLogfileChanged(const QString &path);   // mw_system.cpp
     void onDirectoryChanged(const QString &path); // mw_system.cpp
 
@@ -139,6 +142,8 @@ private:
     void showBattery();
     void showCriticalBattery(const QString &picture);
     void checkUsbHost();
+    void enterUsbActive();
+    void enterUsbDisconnected();
 
     // --- mw_filesystem.cpp: card states, stills ---
     void enterSDCardInserted();

@@ -4,6 +4,7 @@
 
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
+#include "media/zoom.h"
 #include "settings/params.h"
 #include "storage/dcim.h"
 #include "storage/inspectionlog.h"
@@ -87,9 +88,9 @@ void MainWindow::savePicture()
     const QString stamp = settings.bDateTimeStamp
                               ? QDateTime::currentDateTime().toString(QStringLiteral("HH:mm dd.MM.yyyy"))
                               : QString();
-    tmpQimage = stillpicture::compose(
-        band, frame, settings.ZoomLevel,
-        {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
+    tmpQimage =
+        stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
+                              {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
     stillpicture::save(tmpQimage, path);
     UpdateLogFiles(eImageCapture, static_cast<unsigned short>(settings.MeterCount), path, QString());
     ++g_SavedFSInfo.currDCIMIndex;

@@ -37,7 +37,8 @@ void MainWindow::enterLiveSavingMovieQueued()
     ui->btn_DamageCatelog->show();
     imageTimer->start();
     ++g_SavedFSInfo.currDCIMIndex;
-    UpdateLogFiles(eVideoStart, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path, QString());
+    UpdateLogFiles(eVideoStart, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path,
+                   QString());
     ActivateMSDC(false);
     ChangeMainState(eStateLiveSavingMovie);
 }
@@ -76,7 +77,8 @@ void MainWindow::enterLiveTerminateSavingMovie()
     imageTimer->stop();
     command::run(QStringLiteral("sync"));
     const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
-    UpdateLogFiles(eVideoStop, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path, QString());
+    UpdateLogFiles(eVideoStop, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path,
+                   QString());
     saveFilmThumbnail(path);
     showRecordingEnded();
     ActivateMSDC(true);
@@ -89,8 +91,9 @@ void MainWindow::saveFilmThumbnail(const QString &path)
 {
     const QImage frame = firstFrameOfFilm(unit::path(path));
     if (!frame.isNull()) {
-        stillpicture::save(frame, inCurrentFolder(QStringLiteral(".thumbs/") +
-                                                  g_SavedFSInfo.currFileName.chopped(3) + QLatin1String("jpg")));
+        stillpicture::save(frame,
+                           inCurrentFolder(QStringLiteral(".thumbs/") +
+                                           g_SavedFSInfo.currFileName.chopped(3) + QLatin1String("jpg")));
     }
 }
 

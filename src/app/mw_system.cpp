@@ -8,6 +8,7 @@
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
+#include "platform/unit.h"
 #include "settings/params.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
@@ -27,8 +28,8 @@ namespace {
 Q_LOGGING_CATEGORY(log, "tubix.system")
 
 constexpr int kMostMeterRetries = 10;
-constexpr int kSlowCheck = 16; // calls between two looks at battery and camera head
-constexpr int kCardCheck = 5;  // the one call that asks for the card
+constexpr int kSlowCheck = 16;               // calls between two looks at battery and camera head
+constexpr int kCardCheck = 5;                // the one call that asks for the card
 constexpr int kCriticalShutdownDelay = 3000; // ms
 constexpr qint64 kLongestLine = 4096;        // bytes of a kernel message looked at in one piece
 
@@ -48,11 +49,11 @@ constexpr std::array kCardStates = {CardState{messagelog::Card::Inserted, eState
                                     CardState{messagelog::Card::Removed, eStateSDCardRemoved},
                                     CardState{messagelog::Card::Corrupt, eStateSDCardCorrupt}};
 
-constexpr std::array kBatteryPictures = {
-    "ind_Battery100.png",   "ind_Battery80.png",        "ind_Battery60.png",
-    "ind_Battery40.png",    "ind_Battery20.png",        "ind_BatteryEmpty.png",
-    "ind_BatteryError.png", "ind_BatteryPluggedIn.png", "ind_BatteryTemperature.png",
-    "ind_BatteryTemperature.png"};
+constexpr std::array kBatteryPictures = {"ind_Battery100.png",         "ind_Battery80.png",
+                                         "ind_Battery60.png",          "ind_Battery40.png",
+                                         "ind_Battery20.png",          "ind_BatteryEmpty.png",
+                                         "ind_BatteryError.png",       "ind_BatteryPluggedIn.png",
+                                         "ind_BatteryTemperature.png", "ind_BatteryTemperature.png"};
 
 // The meter count, or the raw encoder count; negative when the board did not answer.
 qint16 readMeterCount(bool raw)
@@ -70,7 +71,8 @@ void MainWindow::systemCheck()
         ChangeMainState(eStateVideoInputPipelineFailure);
         return;
     }
-    // Where the board's overlay plane draws, nothing is painted here: the first frame received is on the screen.
+    // Where the board's overlay plane draws, nothing is painted here: the first frame received is on the
+    // screen.
     if (g_InputFrameReady && !m_isReady && displayDraws(boardElements()))
         announceReady();
     if (m_i2cRetries < kMostMeterRetries)
@@ -136,9 +138,9 @@ void MainWindow::showCriticalBattery(const QString &picture)
     ui->labelInputVideo->setPixmap(QPixmap(kGraphics + picture));
     ui->labelInputVideo->show();
     for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons, ui->frm_ThumbnailMenuButtons_left,
-             ui->frm_ThumbnailViewer, ui->frm_ToolsMenuButtons, ui->frm_VideoLengthIndicator,
-             ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath})
+             ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
+             ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer, ui->frm_ToolsMenuButtons,
+             ui->frm_VideoLengthIndicator, ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath})
         widget->hide();
     // The next look at the battery comes in 3.2 s: it must not put the end off again and again.
     if (!shutdownTimer->isActive())
@@ -156,13 +158,40 @@ void MainWindow::checkUsbHost()
         ChangeMainState(eStateUsbDisconnected);
 }
 
+// The card belongs to the host now: no button may write to it.
+void MainWindow::enterUsbActive()
+{
+    gst_SendVideoInputPipelineEOS(true);
+    imageTimer->stop();
+    ui->labelInputVideo->setPixmap(graphic("usb_connected_bg.png"));
+    ui->labelInputVideo->show();
+    ui->lbl_CurrentFilenameandPath->hide();
+    ui->frm_LiveMenuButtons_Left->hide();
+}
+
+void MainWindow::enterUsbDisconnected()
+{
+    ui->frm_LiveMenuButtons_Left->show();
+    ui->lbl_CurrentFilenameandPath->show();
+    gst_VideoInputPipeline(0);
+    showLivePicture();
+    ChangeMainState(eStateLive);
+}
+
+int MainWindow::enableRawEncoderDisplay()
+{
+    if (QFileInfo::exists(unit::path(kDcimFolder + QLatin1String("/__RAWENCODER__"))))
+        m_pParams->getParams().ReadRawEncoderValues = true;
+    return 1;
+}
+
 void MainWindow::ActivateMSDC(bool activate)
 {
     const bool offers = activate && SDCardInfo.inserted;
     if (offers) {
-        command::run(QStringLiteral("modprobe"), {QStringLiteral("g_mass_storage"),
-                                                  QStringLiteral("file=") + kCardDevice,
-                                                  QStringLiteral("removable=y")});
+        command::run(QStringLiteral("modprobe"),
+                     {QStringLiteral("g_mass_storage"), QStringLiteral("file=") + kCardDevice,
+                      QStringLiteral("removable=y")});
     } else {
         command::run(QStringLiteral("rmmod"), {QStringLiteral("g_mass_storage")});
     }

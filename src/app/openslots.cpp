@@ -1,4 +1,5 @@
-// Buttons whose screens are not built: pressed, they leave everything as it is. docs/architecture.md lists them.
+// Buttons whose screens are not built: pressed, they leave everything as it is. docs/architecture.md lists
+// them.
 #include "app/mainwindow.h"
 
 void MainWindow::on_btn_menu_Tools_clicked() {}

@@ -3,8 +3,8 @@
 #include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
-extern "C" __attribute__((visibility("default"))) bool tubixFilmFirstFrame(const char *path, FilmFrameTaker take,
-                                                                          void *context) noexcept
+extern "C" __attribute__((visibility("default"))) bool
+tubixFilmFirstFrame(const char *path, FilmFrameTaker take, void *context) noexcept
 try {
     // This back end alone: the one for images takes TUBX0001.avi for a numbered series.
     cv::VideoCapture film(path, cv::CAP_FFMPEG);

@@ -16,7 +16,8 @@ using FirstFrame = decltype(&tubixFilmFirstFrame);
 FirstFrame loadModule()
 {
     const QString folder = QCoreApplication::applicationDirPath();
-    for (const QString &place : {folder, folder + QLatin1String("/.."), folder + QLatin1String("/../lib/tubix4")}) {
+    for (const QString &place :
+         {folder, folder + QLatin1String("/.."), folder + QLatin1String("/../lib/tubix4")}) {
         const QString file = place + QLatin1String("/libtubixfilm.so");
         if (!QFile::exists(file))
             continue;

@@ -7,8 +7,8 @@
 namespace {
 
 const QString kLcdBrightness = QStringLiteral("/sys/class/backlight/backlight_lcdgrp.26/brightness");
-const QString kDecoderRegister = QStringLiteral(
-    "/sys/devices/soc0/soc.1/2100000.aips-bus/21a8000.i2c/i2c-2/2-0020/adv7180_reg");
+const QString kDecoderRegister =
+    QStringLiteral("/sys/devices/soc0/soc.1/2100000.aips-bus/21a8000.i2c/i2c-2/2-0020/adv7180_reg");
 const QString kUsbState = QStringLiteral("/sys/class/extcon/ci_hdrc.0/state");
 
 // The board's extcon text carries the host-cable value as its 29th character.
@@ -18,7 +18,8 @@ constexpr int kUsbHostIndex = 28;
 
 void SetLCDBrightness(char value)
 {
-    // Plain char is unsigned on ARM and signed on a desk: a level is at most 7, and what is negative stays so.
+    // Plain char is unsigned on ARM and signed on a desk: a level is at most 7, and what is negative stays
+    // so.
     attribute::write(kLcdBrightness, QByteArray::number(static_cast<signed char>(value)));
 }
 

@@ -28,8 +28,8 @@ enum eTWIRegisters {
     twiEND
 };
 
-// Opens "/dev/i2c/BUS" or, failing that, "/dev/i2c-BUS"; `filename` gets the path tried (at most `size` bytes).
-// Returns a descriptor or a negative value; says why on standard error unless `quiet`.
+// Opens "/dev/i2c/BUS" or, failing that, "/dev/i2c-BUS"; `filename` gets the path tried (at most `size`
+// bytes). Returns a descriptor or a negative value; says why on standard error unless `quiet`.
 int open_i2c_dev(int i2cbus, char *filename, size_t size, int quiet);
 
 // One SMBus transfer; 0 or minus errno. A plain file in place of the bus device stands for the board: a byte

@@ -104,8 +104,8 @@ ElementRoles findRoles()
             queueOption = chosen.queueOption;
         }
         if (!isInstalled(fragment)) {
-            std::fprintf(stderr, "tubix4: nothing installed fills the role '%s' (%s); package: %s\n", role.key,
-                         qUtf8Printable(fragment), role.package);
+            std::fprintf(stderr, "tubix4: nothing installed fills the role '%s' (%s); package: %s\n",
+                         role.key, qUtf8Printable(fragment), role.package);
         }
         roles.*role.fragment = fragment;
         if (role.fragment == &ElementRoles::camera)

@@ -22,8 +22,9 @@ bool displayDraws(const ElementRoles &roles);
 // `fragment` with `properties` added to its first element: ("a x=1 ! b", "name=n") gives "a x=1 name=n ! b".
 QString withProperties(const QString &fragment, const QString &properties);
 
-// The roles of this unit, found once: board.conf first, then the first candidate that is installed. A role that
-// nothing fills is named on standard error together with the package that has it. After gst_init; GUI thread.
+// The roles of this unit, found once: board.conf first, then the first candidate that is installed. A role
+// that nothing fills is named on standard error together with the package that has it. After gst_init; GUI
+// thread.
 const ElementRoles &boardElements();
 
 // Forgets the found roles, so that a test starts on another unit.

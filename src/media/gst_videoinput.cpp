@@ -232,10 +232,11 @@ void connectQueues()
         const char *name;
         GstElement *struct_VideoInputPipeline::*handle;
     };
-    static constexpr std::array queues = {Queue{"ipucsc_queue", &struct_VideoInputPipeline::cscQueue},
-                                          Queue{"videorate_queue", &struct_VideoInputPipeline::videorateQueue},
-                                          Queue{"videomux_queue", &struct_VideoInputPipeline::videomuxQueue},
-                                          Queue{"audiomux_queue", &struct_VideoInputPipeline::audiomuxQueue}};
+    static constexpr std::array queues = {
+        Queue{"ipucsc_queue", &struct_VideoInputPipeline::cscQueue},
+        Queue{"videorate_queue", &struct_VideoInputPipeline::videorateQueue},
+        Queue{"videomux_queue", &struct_VideoInputPipeline::videomuxQueue},
+        Queue{"audiomux_queue", &struct_VideoInputPipeline::audiomuxQueue}};
     for (const Queue &queue : queues) {
         if (GstElement *element = g_gst_Pipeline.*queue.handle = lookUp(queue.name); element)
             g_signal_connect(element, "overrun", G_CALLBACK(overrunCB), nullptr);
@@ -298,7 +299,8 @@ void gst_VideoInputPipeline(unsigned long)
 {
     gst_EndVideoInputPipeline();
     const eGstreamerState layout = layoutForMode(g_gst_VideoPipelineMode);
-    // The mark of a failed recording stays until the recording is ended; any other strange value is forgotten.
+    // The mark of a failed recording stays until the recording is ended; any other strange value is
+    // forgotten.
     if (g_gst_VideoPipelineMode != eGSTStateVideoRecordError)
         g_gst_VideoPipelineMode = layout;
     g_gst_Pipeline.pipeline = parseLaunch(layout);
@@ -331,8 +333,9 @@ void gst_EndVideoInputPipeline()
         return;
     gst_element_send_event(g_gst_Pipeline.pipeline, gst_event_new_eos());
     const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
-    GstMessage *message = gst_bus_timed_pop_filtered(
-        bus.get(), kEndLimitMs * GST_MSECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    GstMessage *message =
+        gst_bus_timed_pop_filtered(bus.get(), kEndLimitMs * GST_MSECOND,
+                                   static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
     if (message)
         gst_message_unref(message);
     else
@@ -365,7 +368,8 @@ void gst_SetZoomLevel(unsigned char zoomStep)
 void gst_StartRecordingAVIFile(const char *path, int length)
 {
     if (g_gst_MicrophoneActive) {
-        g_print("******************************\n**** RECORDING WITH AUDIO ****\n******************************\n");
+        g_print("******************************\n**** RECORDING WITH AUDIO "
+                "****\n******************************\n");
         g_gst_VideoPipelineMode = eGSTStateRecordingWithAudio;
     } else {
         g_print("*******************************\n*** RECORDING WITHOUT AUDIO ***\n"

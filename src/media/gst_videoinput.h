@@ -40,8 +40,8 @@ extern bool g_terminate;
 extern GMainLoop *g_VideoInput_loop; // made at start, quit on every teardown, never run
 
 // Builds and starts the pipeline for g_gst_VideoPipelineMode, after ending the one that still lives. A mode
-// without a layout of its own becomes the live mode. `winId` is unused. A description that does not parse ends
-// the process with status 1.
+// without a layout of its own becomes the live mode. `winId` is unused. A description that does not parse
+// ends the process with status 1.
 void gst_VideoInputPipeline(unsigned long winId);
 
 // Sends an end of stream into the pipeline. When it has come through (or after 3 s, by force) the bus handler
@@ -57,16 +57,17 @@ void gst_ResumeVideoInputPipeline();
 // Crops the live picture, step 0..10; nothing in a layout without a crop.
 void gst_SetZoomLevel(unsigned char zoomStep);
 
-// Starts a film into the file at `path` (a host path, `length` bytes of it): the running pipeline ends, and the
-// recording layout is built, with sound when the microphone is on.
+// Starts a film into the file at `path` (a host path, `length` bytes of it): the running pipeline ends, and
+// the recording layout is built, with sound when the microphone is on.
 void gst_StartRecordingAVIFile(const char *path, int length);
 
-// Texts burnt into a recording or stream, as the user sees them (escaped for the overlay here alone). `length`:
-// bytes of `text`. A damage text is taken only while such a layout runs; with length 0 it is hidden.
+// Texts burnt into a recording or stream, as the user sees them (escaped for the overlay here alone).
+// `length`: bytes of `text`. A damage text is taken only while such a layout runs; with length 0 it is
+// hidden.
 void gst_UpdateVideoDamageCatelog(const char *text, int length);
 void gst_UpdateVideoMeterCount(const char *text, int length);
 
-void gst_EnableAudioRecording(int on);   // from the next recording on
-void gst_EnableDateTimeOverlay(int on);  // from the next build on
+void gst_EnableAudioRecording(int on);                      // from the next recording on
+void gst_EnableDateTimeOverlay(int on);                     // from the next build on
 void gst_SetNetworkStreamingIPAddress(const char *address); // at most 15 bytes, terminated
-void setTextOverlays();                  // called by every build
+void setTextOverlays();                                     // called by every build

@@ -14,7 +14,8 @@ QString framesForGui(const ElementRoles &roles)
 
 QString muxQueue(const QString &name)
 {
-    return QStringLiteral("queue name=%1 max-size-buffers=600 max-size-bytes=0 max-size-time=0 ! mux. ").arg(name);
+    return QStringLiteral("queue name=%1 max-size-buffers=600 max-size-bytes=0 max-size-time=0 ! mux. ")
+        .arg(name);
 }
 
 // camera - queue - crop - scale - tee +- queue - display
@@ -33,8 +34,8 @@ QString liveLaunch(const ElementRoles &roles)
 //          microphone - convert - resample - MP3 - queue ---+
 QString recordingWithAudioLaunch(const ElementRoles &roles)
 {
-    const QString source =
-        withProperties(withProperties(roles.camera, QStringLiteral("do-timestamp=true")), roles.cameraQueueOption);
+    const QString source = withProperties(withProperties(roles.camera, QStringLiteral("do-timestamp=true")),
+                                          roles.cameraQueueOption);
     return source + QStringLiteral(" ! tee name=maintee ! queue name=ipucsc_queue ! ") + framesForGui(roles) +
            QStringLiteral(" maintee. ! queue name=videorate_queue ! videorate ! "
                           "video/x-raw,framerate=15/1 ! ") +

@@ -18,6 +18,12 @@ QRect liveCrop(quint8 step)
     return {(kFrameWidth - width) / 2, (kFrameHeight - height) / 2, width, height};
 }
 
+QRect stillCutOut(quint8 step)
+{
+    const QRect centred = liveCrop(step);
+    return {centred.y() & 0xff, centred.x() & 0xff, centred.width(), centred.height()};
+}
+
 PipelineCrop pipelineCrop(unsigned char step)
 {
     const float factor = static_cast<float>(1.0 - step * kFactorOfStep);

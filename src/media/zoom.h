@@ -1,4 +1,4 @@
-// Arithmetic of the digital zoom, steps 0 to 10. The GUI's crop and the pipeline's crop differ on purpose.
+// Arithmetic of the digital zoom, steps 0 to 10. The crops of screen, still and pipeline differ on purpose.
 #pragma once
 
 #include <QRect>
@@ -10,6 +10,10 @@ inline constexpr quint8 kLargestStep = 10;
 
 // The centred cut-out of a 720 x 576 frame that the live label stretches to its full size.
 QRect liveCrop(quint8 step);
+
+// The cut-out of a frame that a still shows. Its margins are crossed over: x takes the vertical one, y the
+// horizontal one.
+QRect stillCutOut(quint8 step);
 
 // The margins that the live pipeline cuts off: `topLeft` (from the width) goes to top and left, `bottomRight`
 // (from the height) to bottom and right.

@@ -21,8 +21,8 @@ public:
     // Settings file -> record. A missing, foreign or far too large file leaves the record as it was.
     void ReadSystemSettingsConfig();
 
-    // Record -> settings file, whole or not at all; `factory` writes the factory values instead and leaves the
-    // record alone. A failure is a debug line; the record keeps its values for this run.
+    // Record -> settings file, whole or not at all; `factory` writes the factory values instead and leaves
+    // the record alone. A failure is a debug line; the record keeps its values for this run.
     void WriteGlobalSystemSettingsFile(bool factory);
 
     // Sets the abbreviation and the two file names of the language; a value that is no language keeps the

@@ -29,8 +29,7 @@ void params::readFirmwareVersion()
     const quint8 version = static_cast<quint8>(readRegister(twiFWVersion));
     g_GlobalSystemSettings.EncoderBoardFWVersionByte = version;
     // A version below 0x10 keeps its trailing point ("a.").
-    g_GlobalSystemSettings.EncoderBoardFWVersion =
-        QString::number(version, 16).insert(1, QLatin1Char('.'));
+    g_GlobalSystemSettings.EncoderBoardFWVersion = QString::number(version, 16).insert(1, QLatin1Char('.'));
 }
 
 void params::ReadBatteryPotential()
@@ -49,7 +48,8 @@ void params::ReadBatteryPotential()
 
 void params::selectActiveCameraInterface()
 {
-    // Only the low eight bits count: without a board both read as set, and the head is taken for the long reel.
+    // Only the low eight bits count: without a board both read as set, and the head is taken for the long
+    // reel.
     const auto equalizerLock = static_cast<quint8>(readRegister(twiEqualizerLock));
     const auto longReel = static_cast<quint8>(readRegister(twiCable60Meter));
     eImagerTypes head = longReel ? e60meter : e30meter;

@@ -51,9 +51,9 @@ void params::GetWifiStatus()
         wifi::addressesOf(outputOf(QStringLiteral("ifconfig"), {QStringLiteral("wlan0")}));
     g_GlobalSystemSettings.WIFImacAddress = addresses.mac;
     g_GlobalSystemSettings.WIFIipAddr = addresses.ip;
-    g_GlobalSystemSettings.WIFIConnectedSSID = wifi::valueAfter(
-        outputOf(QStringLiteral("iw"), {QStringLiteral("wlan0"), QStringLiteral("link")}),
-        QStringLiteral("SSID: "));
+    g_GlobalSystemSettings.WIFIConnectedSSID =
+        wifi::valueAfter(outputOf(QStringLiteral("iw"), {QStringLiteral("wlan0"), QStringLiteral("link")}),
+                         QStringLiteral("SSID: "));
     if (const auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration)) {
         g_GlobalSystemSettings.WIFIHotSpotSSID =
             wifi::valueAfter(QString::fromUtf8(*content), QStringLiteral("ssid="));

@@ -15,9 +15,9 @@ inline constexpr qint64 kLargestFile = 64 * 1024; // bytes; ours have about 400
 PersistentSettings factorySettings();
 
 // Reads the seven children of <settings> that are known into `settings`, in any order; others are skipped and
-// missing ones leave their field alone. False, with the reader's error telling why, for a foreign root element
-// or a document type declaration: nothing of the file is taken then. A file that breaks off keeps what was
-// read before the break.
+// missing ones leave their field alone. False, with the reader's error telling why, for a foreign root
+// element or a document type declaration: nothing of the file is taken then. A file that breaks off keeps
+// what was read before the break.
 bool parse(QXmlStreamReader &reader, PersistentSettings &settings);
 
 // The file's bytes.

@@ -40,8 +40,8 @@ struct PersistentSettings
 struct _GlobalSystemSettings : PersistentSettings
 {
     qint32 selectedItemFileIndex = 0;
-    qint8 LEDIntensityStep = 0; // 0..10
-    quint8 ZoomLevel = 0;       // 0..10
+    qint8 LEDIntensityStep = 0;                                   // 0..10
+    quint8 ZoomLevel = 0;                                         // 0..10
     std::array<quint32, 4> AutoShutdownOptions = {0, 10, 20, 30}; // minutes, 0: never
     quint8 bNetworkStreaming = 0;
     QString WIFIHotSpotSSID;
@@ -60,8 +60,8 @@ struct _GlobalSystemSettings : PersistentSettings
         QStringLiteral("---")};
     // Brightness by step; row 0 for the reel heads, row 1 for the mini module. Uneven on purpose: equal
     // steps for the eye.
-    std::array<std::array<qint8, 11>, 2> LEDIntensitySteps = {{{0, 7, 12, 17, 22, 27, 32, 37, 42, 54, 60},
-                                                               {0, 7, 9, 11, 13, 15, 17, 19, 21, 23, 30}}};
+    std::array<std::array<qint8, 11>, 2> LEDIntensitySteps = {
+        {{0, 7, 12, 17, 22, 27, 32, 37, 42, 54, 60}, {0, 7, 9, 11, 13, 15, 17, 19, 21, 23, 30}}};
     eCaptureModes CaptureMode = eStillImageCapture;
     qint16 MeterCount = 0;   // centimetres; negative: the last poll failed
     quint16 MeterOffset = 0; // centimetres

@@ -105,9 +105,9 @@ void CreateDCIMStructure(const QString &folder)
     make(kDcimFolder);
     make(kBaseFolder);
     g_SavedFSInfo.currRootDirectory =
-        folder.isEmpty() ? kBaseFolder + QLatin1Char('/') +
-                               QDate::currentDate().toString(QStringLiteral("ddMMyyyy"))
-                         : folder;
+        folder.isEmpty()
+            ? kBaseFolder + QLatin1Char('/') + QDate::currentDate().toString(QStringLiteral("ddMMyyyy"))
+            : folder;
     const QString &current = g_SavedFSInfo.currRootDirectory;
     if (!exists(current) || !exists(inCurrentFolder(QStringLiteral(".html_assets")))) {
         make(current);
@@ -132,8 +132,8 @@ void ReadDirectory(const QString &folder)
         sSnakeFileInfo &entry = g_FileListing[i];
         entry.fileName = content.files[i].name;
         entry.isVideo = entry.fileName.contains(QLatin1String(".avi"));
-        const QString note = entry.fileName.left(entry.fileName.lastIndexOf(QLatin1Char('.'))) +
-                             QLatin1String(".wav");
+        const QString note =
+            entry.fileName.left(entry.fileName.lastIndexOf(QLatin1Char('.'))) + QLatin1String(".wav");
         entry.annotated = !entry.isVideo && content.notes.contains(note);
         entry.deletePending = 0;
     }
@@ -145,13 +145,12 @@ bool removeDir(const QString &dirName)
 {
     const QDir folder(unit::path(dirName));
     if (folder.exists()) {
-        const QFileInfoList entries =
-            folder.entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden | QDir::System,
-                                 QDir::DirsFirst);
+        const QFileInfoList entries = folder.entryInfoList(
+            QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden | QDir::System, QDir::DirsFirst);
         for (const QFileInfo &entry : entries) {
             const QString unitPath = dirName + QLatin1Char('/') + entry.fileName();
-            const bool removed = entry.isDir() && !entry.isSymLink() ? removeDir(unitPath)
-                                                                     : QFile::remove(entry.filePath());
+            const bool removed =
+                entry.isDir() && !entry.isSymLink() ? removeDir(unitPath) : QFile::remove(entry.filePath());
             if (!removed)
                 return false;
         }
@@ -164,8 +163,8 @@ bool removeDir(const QString &dirName)
 
 QString captureName(int index, const QString &extension)
 {
-    return QStringLiteral("%1%2%3").arg(QStringLiteral("TUBX"), QStringLiteral("%1").arg(index, 4, 10, QLatin1Char('0')),
-                                        extension);
+    return QStringLiteral("%1%2%3").arg(QStringLiteral("TUBX"),
+                                        QStringLiteral("%1").arg(index, 4, 10, QLatin1Char('0')), extension);
 }
 
 QString freeCaptureName(const QString &extension)

@@ -1,5 +1,5 @@
-// The card's folder tree, the listing of the current inspection folder, and where the user is in it. GUI thread.
-// All paths are unit paths.
+// The card's folder tree, the listing of the current inspection folder, and where the user is in it. GUI
+// thread. All paths are unit paths.
 #pragma once
 
 #include <QString>
@@ -46,8 +46,9 @@ extern tSavedFSInfo g_SavedFSInfo;
 // cut write left torn in its logs is mended. A card that takes nothing leaves the tree incomplete, silently.
 void CreateDCIMStructure(const QString &folder);
 
-// Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most 10000:
-// name filters without regard to case, hidden and empty files left out. The next number counts all of them.
+// Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most
+// 10000: name filters without regard to case, hidden and empty files left out. The next number counts all of
+// them.
 void ReadDirectory(const QString &folder);
 
 // Deletes the folder with everything in it; a link is deleted, not followed. False at the first failure. A
@@ -57,8 +58,8 @@ bool removeDir(const QString &dirName);
 // "TUBX0007" + extension: the name of capture number `index`.
 QString captureName(int index, const QString &extension);
 
-// The name for the next capture: moves currDCIMIndex on to the first number whose file does not exist (a number
-// beyond four digits is not found again by the listing).
+// The name for the next capture: moves currDCIMIndex on to the first number whose file does not exist (a
+// number beyond four digits is not found again by the listing).
 QString freeCaptureName(const QString &extension);
 
 // The folder as the top bar shows it: below DCIM, at most the last 18 characters.

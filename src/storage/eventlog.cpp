@@ -15,9 +15,10 @@ const QString kEventLog = QStringLiteral("/home/root/tubix4_app/eventlog.csv");
 
 void UpdateEventLog(eEventLogOperation operation, const QString &text)
 {
-    const QString line = QStringLiteral("%1,%2,%3\n")
-                             .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd/hh:mm:ss")),
-                                  QString::number(operation), text.trimmed());
+    const QString line =
+        QStringLiteral("%1,%2,%3\n")
+            .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd/hh:mm:ss")),
+                 QString::number(operation), text.trimmed());
     if (!appendLine(kEventLog, line.toUtf8()))
         qCDebug(log) << "Couldn't open eventlog to write" << line;
 }

@@ -22,17 +22,10 @@ constexpr char kHeadEnd[] = "</thead>\n";
 constexpr char kOurTable[] = "box-table-a";
 constexpr qint64 kTailWindow = 16 * 1024; // bytes: the page's end after the table is far shorter
 
-constexpr std::array kAssetNames = {"bg.jpg",
-                                    "deleted.png",
-                                    "imagecaptured.png",
-                                    "information.png",
-                                    "renamed.png",
-                                    "quenvale_website_logo.png",
-                                    "ruler.png",
-                                    "start.png",
-                                    "stop.png",
-                                    "style.css",
-                                    "time.png"};
+constexpr std::array kAssetNames = {"bg.jpg",          "deleted.png", "imagecaptured.png",
+                                    "information.png", "renamed.png", "quenvale_website_logo.png",
+                                    "ruler.png",       "start.png",   "stop.png",
+                                    "style.css",       "time.png"};
 
 struct Operation
 {
@@ -112,10 +105,12 @@ Entry entry(eLogFileOperation operation, unsigned short meter, const QString &ti
     const Operation &kind = kOperations[static_cast<size_t>(operation)];
     const QString metres = QStringLiteral("%1").arg(meter / 100.0, 6, 'f', 2, QLatin1Char('0'));
     const QString shown = escaped(name);
-    const QString icon = kind.icon ? QStringLiteral("<img src=\"./.html_assets/%1\"/>").arg(QLatin1String(kind.icon))
-                                   : QString();
+    const QString icon =
+        kind.icon ? QStringLiteral("<img src=\"./.html_assets/%1\"/>").arg(QLatin1String(kind.icon))
+                  : QString();
     const QString last = kind.links ? QStringLiteral("<a href=\"%1\">%2</a>").arg(shown, shown) : shown;
-    return {QStringLiteral("\n\t<tr>\n\t  <td>%1</td>\n\t  <td>%2</td>\n\t  <td>%3</td>\n\t  <td>%4</td>\n\t</tr>\n")
+    return {QStringLiteral(
+                "\n\t<tr>\n\t  <td>%1</td>\n\t  <td>%2</td>\n\t  <td>%3</td>\n\t  <td>%4</td>\n\t</tr>\n")
                 .arg(metres, time, icon, last)
                 .toUtf8(),
             QStringLiteral("%1%2  %3 %4\n")
@@ -145,13 +140,13 @@ void createLogHTMLlog(const QString &folder)
     const bool ofTheDay = folder.isEmpty();
     QString page = QString::fromUtf8(asset(QStringLiteral("html.tmpl")));
     page.replace(QLatin1String("logfilename"), name);
-    page.replace(QLatin1String("2014-06-26"),
-                 ofTheDay ? today.toString(QStringLiteral("dd-MM-yyyy")) : name);
+    page.replace(QLatin1String("2014-06-26"), ofTheDay ? today.toString(QStringLiteral("dd-MM-yyyy")) : name);
     page.replace(QLatin1String("20140709.html"), ofTheDay ? name + QLatin1String(".html") : name);
     savefile::write(pageFile(), page.toUtf8());
 }
 
-void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path, const QString &text)
+void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path,
+                    const QString &text)
 {
     QFile page(unit::path(pageFile()));
     if (!page.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))

@@ -21,11 +21,12 @@ void createHTMLAssets();
 // empty for the folder of the day.
 void createLogHTMLlog(const QString &folder);
 
-// Adds one event to page and text file. `meter`: centimetres, never less the offset. `path` counts for captures,
-// films and deletions (its last component), `text` for renames and damage notes. One write a file, then sync:
-// the cost does not grow with the page. Without a page nothing is logged; a page without "</table>" keeps its
-// bytes and only the text line is added.
-void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path, const QString &text);
+// Adds one event to page and text file. `meter`: centimetres, never less the offset. `path` counts for
+// captures, films and deletions (its last component), `text` for renames and damage notes. One write a file,
+// then sync: the cost does not grow with the page. Without a page nothing is logged; a page without
+// "</table>" keeps its bytes and only the text line is added.
+void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path,
+                    const QString &text);
 
 // Closes a page again whose end was lost, after its last whole row, and takes a half line off the text file.
 void mendInspectionLog();

@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int kFrameWidth = 720;
-constexpr int kFrameHeight = 576;
 constexpr int kBandHeight = 24;
 
 void draw(QPainter &painter, int pointSize, int x, int y, const QString &text)
@@ -22,17 +20,7 @@ void draw(QPainter &painter, int pointSize, int x, int y, const QString &text)
 
 namespace stillpicture {
 
-QRect cutOut(quint8 zoomLevel)
-{
-    const double factor = 1 - zoomLevel * 0.0555;
-    const int width = static_cast<int>(factor * kFrameWidth);
-    const int height = static_cast<int>(factor * kFrameHeight);
-    const int horizontal = (kFrameWidth - width) / 2 & 0xff;
-    const int vertical = (kFrameHeight - height) / 2 & 0xff;
-    return {vertical, horizontal, width, height};
-}
-
-QImage compose(const QImage &band, const QImage &frame, quint8 zoomLevel, const Texts &texts)
+QImage compose(const QImage &band, const QImage &frame, const QRect &cutOut, const Texts &texts)
 {
     QImage picture(band.size(), QImage::Format_RGB16);
     QPainter painter(&picture);
@@ -40,8 +28,7 @@ QImage compose(const QImage &band, const QImage &frame, quint8 zoomLevel, const 
     painter.fillRect(picture.rect(), Qt::transparent);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     painter.drawImage(0, 0, band);
-    painter.drawImage(0, kBandHeight,
-                      frame.copy(cutOut(zoomLevel)).scaledToWidth(kFrameWidth, Qt::FastTransformation));
+    painter.drawImage(0, kBandHeight, frame.copy(cutOut).scaledToWidth(band.width(), Qt::FastTransformation));
     painter.setPen(QPen(Qt::white, 2));
     draw(painter, 12, 442, 18, texts.cableLength);
     draw(painter, 14, 2, 588, texts.damageNote);
@@ -53,7 +40,8 @@ bool save(const QImage &picture, const QString &unitPath)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    return buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "JPG") && savefile::write(unitPath, bytes);
+    return buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "JPG") &&
+           savefile::write(unitPath, bytes);
 }
 
 } // namespace stillpicture

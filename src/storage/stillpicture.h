@@ -7,10 +7,6 @@
 
 namespace stillpicture {
 
-// The part of a 720 x 576 frame that a still shows at a zoom step. Its margins are crossed over: x takes the
-// vertical one, y the horizontal one.
-QRect cutOut(quint8 zoomLevel);
-
 struct Texts
 {
     QString cableLength;
@@ -18,8 +14,9 @@ struct Texts
     QString timeAndDate; // empty: no stamp
 };
 
-// The picture, 720 x 600, 16-bit RGB. `band`: the brand picture of that size; `frame`: 720 x 576.
-QImage compose(const QImage &band, const QImage &frame, quint8 zoomLevel, const Texts &texts);
+// The picture, 720 x 600, 16-bit RGB. `band`: the brand picture of that size; `frame`: 720 x 576, of which
+// the part `cutOut` is stretched over the width.
+QImage compose(const QImage &band, const QImage &frame, const QRect &cutOut, const Texts &texts);
 
 // Encodes as JPEG and writes it whole or not at all; false on a failure.
 bool save(const QImage &picture, const QString &unitPath);

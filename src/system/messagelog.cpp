@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr std::array kErrorPhrases = {"mmc1: error", "FAT read failed", "bread failed", "error, fat_free_clusters",
-                                      "has been set read-only"};
+constexpr std::array kErrorPhrases = {"mmc1: error", "FAT read failed", "bread failed",
+                                      "error, fat_free_clusters", "has been set read-only"};
 
 bool tellsError(const QByteArray &line)
 {

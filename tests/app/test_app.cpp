@@ -83,9 +83,9 @@ public:
 QByteArray probe(const QString &film)
 {
     QProcess tool;
-    tool.start(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_entries"_s,
-                              u"stream=codec_name,width,height,avg_frame_rate"_s, u"-of"_s, u"csv=p=0"_s,
-                              unit::path(film)});
+    tool.start(u"ffprobe"_s,
+               {u"-v"_s, u"error"_s, u"-show_entries"_s, u"stream=codec_name,width,height,avg_frame_rate"_s,
+                u"-of"_s, u"csv=p=0"_s, unit::path(film)});
     tool.waitForFinished();
     return tool.readAllStandardOutput();
 }
@@ -196,6 +196,19 @@ private slots:
         QVERIFY(commands.contains("rmmod g_mass_storage"));
     }
 
+    void aUsbHostTakesTheScreenAndGivesItBack()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.folder.control({u"usb"_s, u"attach"_s});
+        QTRY_VERIFY(!screen.button("btn_menu_Capture")->isVisible());
+        QTRY_VERIFY(!g_gst_Pipeline.pipeline);
+        screen.folder.control({u"usb"_s, u"detach"_s});
+        QTRY_VERIFY(screen.button("btn_menu_Capture")->isVisible());
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
+    }
+
     void aFilmIsRecorded_data()
     {
         QTest::addColumn<int>("microphone");
@@ -276,7 +289,8 @@ private slots:
         bool asked = false;
         QTimer::singleShot(300, &screen.window, [&] {
             auto *box = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-            asked = box && box->geometry() == QRect(screen.window.mapToGlobal(QPoint(260, 205)), QSize(280, 190));
+            asked =
+                box && box->geometry() == QRect(screen.window.mapToGlobal(QPoint(260, 205)), QSize(280, 190));
             if (box)
                 QTest::mouseClick(box->findChild<QPushButton *>(u"btn_Cancel"_s), Qt::LeftButton);
         });

@@ -17,8 +17,9 @@ const QString kBoardConf = u"/home/root/tubix4_app/board.conf"_s;
 
 ElementRoles boardRoles()
 {
-    return {u"mfw_v4lsrc"_s, u"queue-size=10"_s, u"mfw_v4lsink deinterlace=true"_s, u"mfw_ipucsc"_s,
-            u"vpuenc codec=12"_s, u"mfw_mp3encoder"_s, u"alsasrc"_s, u"alsasink"_s};
+    return {u"mfw_v4lsrc"_s, u"queue-size=10"_s,   u"mfw_v4lsink deinterlace=true"_s,
+            u"mfw_ipucsc"_s, u"vpuenc codec=12"_s, u"mfw_mp3encoder"_s,
+            u"alsasrc"_s,    u"alsasink"_s};
 }
 
 void useRoles(const TestUnit &folder, const QByteArray &conf)
@@ -73,20 +74,23 @@ private slots:
         QCOMPARE(b, step * 16);
     }
 
-    void theLiveCropIsCentred()
+    void theLiveCropIsCentredAndTheStillsCrossed()
     {
         QCOMPARE(zoom::liveCrop(0), QRect(0, 0, 720, 576));
         QCOMPARE(zoom::liveCrop(1), QRect(20, 16, 680, 544));
+        QCOMPARE(zoom::stillCutOut(0), QRect(0, 0, 720, 576));
+        QCOMPARE(zoom::stillCutOut(1), QRect(16, 20, 680, 544));
         QCOMPARE(zoom::label(10), u"2.0x"_s);
     }
 
     void launchDescriptionsTakeTheRoles()
     {
-        QCOMPARE(videoInputLaunch(eGSTStateLiveVideo, boardRoles()),
-                 u"mfw_v4lsrc do-timestamp=true ! queue ! videocrop name=videocrop ! videoscale name=videoscale ! "
-                 "video/x-raw, width=720, height=576 ! tee name=videooutTee ! queue ! mfw_v4lsink "
-                 "deinterlace=true name=videosink videooutTee. ! queue ! mfw_ipucsc ! video/x-raw, format=RGB16, "
-                 "width=720, height=576 ! appsink name=appsink max-buffers=1 drop=true"_s);
+        QCOMPARE(
+            videoInputLaunch(eGSTStateLiveVideo, boardRoles()),
+            u"mfw_v4lsrc do-timestamp=true ! queue ! videocrop name=videocrop ! videoscale name=videoscale ! "
+            "video/x-raw, width=720, height=576 ! tee name=videooutTee ! queue ! mfw_v4lsink "
+            "deinterlace=true name=videosink videooutTee. ! queue ! mfw_ipucsc ! video/x-raw, format=RGB16, "
+            "width=720, height=576 ! appsink name=appsink max-buffers=1 drop=true"_s);
         const QString withAudio = videoInputLaunch(eGSTStateRecordingWithAudio, boardRoles());
         QVERIFY(withAudio.startsWith(u"mfw_v4lsrc do-timestamp=true queue-size=10 ! tee"_s));
         QVERIFY(withAudio.contains(u"framerate=15/1"_s));
@@ -196,7 +200,8 @@ private slots:
         const QByteArray nowhere = unit::path(u"/none/film.avi"_s).toUtf8();
         gst_StartRecordingAVIFile(nowhere.constData(), int(nowhere.size()));
         QTRY_COMPARE(g_gst_VideoPipelineMode, eGSTStateVideoRecordError);
-        // The live layout comes back by itself within the limit; the mark stays for whoever ends the recording.
+        // The live layout comes back by itself within the limit; the mark stays for whoever ends the
+        // recording.
         QTRY_VERIFY_WITH_TIMEOUT(g_gst_Pipeline.videocrop, 6000);
         QCOMPARE(g_gst_VideoPipelineMode, eGSTStateVideoRecordError);
     }
@@ -204,8 +209,9 @@ private slots:
     void aBrokenCameraLeavesTheErrorMarkAndNoPipeline()
     {
         const TestUnit folder({u"/home/root/tubix4_app"_s});
-        useRoles(folder, "[roles]\ncamera=videotestsrc is-live=true num-buffers=100 ! identity error-after=5\n"
-                         "display=fakesink sync=true\n");
+        useRoles(folder,
+                 "[roles]\ncamera=videotestsrc is-live=true num-buffers=100 ! identity error-after=5\n"
+                 "display=fakesink sync=true\n");
         gst_VideoInputPipeline(0);
         QTRY_COMPARE(g_gst_VideoPipelineMode, eGSTStateError);
         QVERIFY(!g_gst_Pipeline.pipeline);

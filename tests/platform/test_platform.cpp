@@ -38,7 +38,8 @@ private slots:
         QVERIFY(!command::run(u"sh"_s, {u"-c"_s, u"true"_s}).started);
         // A script of the unit finds the unit's programs alone.
         folder.put(u"/usr/bin/look"_s, "#!/bin/sh\nls / 2>/dev/null || echo \"none $1\" >&2\nexit 3\n");
-        QFile::setPermissions(unit::path(u"/usr/bin/look"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile::setPermissions(unit::path(u"/usr/bin/look"_s),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         const command::Result result = command::run(u"look"_s, {u"a b; $(c)"_s});
         QVERIFY(result.started);
         QCOMPARE(result.exitCode, 3);
@@ -105,7 +106,8 @@ private slots:
         {
             const RunLock first;
             QVERIFY(first.isFree());
-            QCOMPARE(folder.content(u"/run/tubix4.pid"_s).trimmed().toLongLong(), QCoreApplication::applicationPid());
+            QCOMPARE(folder.content(u"/run/tubix4.pid"_s).trimmed().toLongLong(),
+                     QCoreApplication::applicationPid());
             QVERIFY(!RunLock().isFree());
             QVERIFY(QFileInfo::exists(unit::path(u"/run/tubix4.pid"_s)));
         }

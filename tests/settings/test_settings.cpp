@@ -44,18 +44,20 @@ private slots:
         const QByteArray deep = QByteArray("<x>").repeated(5000) + QByteArray("</x>").repeated(5000);
         QTest::newRow("empty") << QByteArray() << 0 << 0;
         QTest::newRow("any order, unknown between, deep")
-            << wrapped("<LanguageIdx>3</LanguageIdx>" + deep + "<LCDBacklightValue>5</LCDBacklightValue>") << 5 << 3;
+            << wrapped("<LanguageIdx>3</LanguageIdx>" + deep + "<LCDBacklightValue>5</LCDBacklightValue>")
+            << 5 << 3;
         QTest::newRow("unknown beside settings")
             << QByteArray("<systemsettings><old><LCDBacklightValue>9</LCDBacklightValue></old><settings>"
                           "<LCDBacklightValue>5</LCDBacklightValue></settings></systemsettings>")
             << 5 << 0;
         QTest::newRow("element inside a number")
-            << wrapped("<LCDBacklightValue>5<b>1</b></LCDBacklightValue><LanguageIdx>2</LanguageIdx>") << 5 << 2;
+            << wrapped("<LCDBacklightValue>5<b>1</b></LCDBacklightValue><LanguageIdx>2</LanguageIdx>") << 5
+            << 2;
         QTest::newRow("not a number") << wrapped("<LCDBacklightValue>x</LCDBacklightValue>") << 0 << 0;
         QTest::newRow("breaks off in a number")
             << wrapped("<LCDBacklightValue>5</LCDBacklightValue><LanguageIdx>12").left(112) << 5 << 0;
-        QTest::newRow("foreign root") << QByteArray("<a><settings><LanguageIdx>3</LanguageIdx></settings></a>")
-                                      << 0 << 0;
+        QTest::newRow("foreign root")
+            << QByteArray("<a><settings><LanguageIdx>3</LanguageIdx></settings></a>") << 0 << 0;
         QTest::newRow("document type declaration")
             << QByteArray("<!DOCTYPE s [<!ENTITY a \"aaaa\">]><systemsettings><settings>"
                           "<LanguageIdx>3</LanguageIdx></settings></systemsettings>")
@@ -105,7 +107,8 @@ private slots:
         QTest::addColumn<int>("supply");
         QTest::addColumn<int>("status");
         const auto row = [](int reading, int temperature, int supply, int status) {
-            QTest::addRow("%d/%d/%d", reading, temperature, supply) << reading << temperature << supply << status;
+            QTest::addRow("%d/%d/%d", reading, temperature, supply)
+                << reading << temperature << supply << status;
         };
         row(913, 194, 0, eBattery100);
         row(912, 194, 0, eBattery80);
@@ -162,14 +165,16 @@ private slots:
     {
         const auto classic = wifi::addressesOf(u"wlan0  Link encap:Ethernet  HWaddr 00:11:22:33:44:55  \n"
                                                "  inet addr:192.168.1.1  Bcast:192.168.1.255\n"_s);
-        const auto today = wifi::addressesOf(u"wlan0: flags=4163<UP>\n  inet 192.168.1.1  netmask 255.0.0.0\n"
-                                             "  inet6 fe80::1  prefixlen 64\n  ether 00:11:22:33:44:55  txq\n"_s);
+        const auto today =
+            wifi::addressesOf(u"wlan0: flags=4163<UP>\n  inet 192.168.1.1  netmask 255.0.0.0\n"
+                              "  inet6 fe80::1  prefixlen 64\n  ether 00:11:22:33:44:55  txq\n"_s);
         for (const auto &addresses : {classic, today}) {
             QCOMPARE(addresses.mac, u"00:11:22:33:44:55"_s);
             QCOMPARE(addresses.ip, u"192.168.1.1"_s);
         }
         QCOMPARE(wifi::addressesOf(u"no such device"_s).ip, QString());
-        QCOMPARE(wifi::valueAfter(u"ssid=a\nwpa_passphrase=last line"_s, u"wpa_passphrase="_s), u"last line"_s);
+        QCOMPARE(wifi::valueAfter(u"ssid=a\nwpa_passphrase=last line"_s, u"wpa_passphrase="_s),
+                 u"last line"_s);
     }
 
     void aNewPassPhraseChangesNothingElse()

@@ -73,7 +73,8 @@ private slots:
     void aMissingFolderLosesTheEventAlone()
     {
         const TestUnit folder({u"/home"_s});
-        QTest::ignoreMessage(QtDebugMsg, QRegularExpression(u"^Couldn't open eventlog to write \".*,1,System boot"_s));
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression(u"^Couldn't open eventlog to write \".*,1,System boot"_s));
         UpdateEventLog(eEventBoot, u"System boot"_s);
         QVERIFY(!QDir(unit::path(u"/home/root"_s)).exists());
     }
@@ -83,8 +84,9 @@ private slots:
         QTest::addColumn<QString>("report");
         QTest::addColumn<int>("inserted");
         QTest::addColumn<qulonglong>("available");
-        QTest::newRow("usual") << u"/dev/root 1 1 1 1% /\n/dev/mmcblk1p1 7766016 120 7765896 1% /media/mmcblk1p1\n"_s
-                               << 1 << 7765896ull;
+        QTest::newRow("usual")
+            << u"/dev/root 1 1 1 1% /\n/dev/mmcblk1p1 7766016 120 7765896 1% /media/mmcblk1p1\n"_s << 1
+            << 7765896ull;
         QTest::newRow("device on a line of its own")
             << u"/dev/mmcblk1p1\n                       7766016 120 7765896 1% /media\n"_s << 1 << 7765896ull;
         QTest::newRow("no card") << u"/dev/root 1 1 1 1% /\n"_s << 0 << 0ull;
@@ -106,7 +108,8 @@ private slots:
         QVERIFY(isDiskFull()); // no df at all
         const auto withAvailable = [&](const QByteArray &kilobytes) {
             folder.put(u"/usr/bin/df"_s, "#!/bin/sh\necho /dev/mmcblk1p1 9 9 " + kilobytes + " 1% /m\n");
-            QFile::setPermissions(unit::path(u"/usr/bin/df"_s), QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
+            QFile::setPermissions(unit::path(u"/usr/bin/df"_s),
+                                  QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
             return isDiskFull();
         };
         QVERIFY(withAvailable("10239"));
@@ -136,7 +139,8 @@ private slots:
         const CardWith card(u"Street 12"_s);
         QVERIFY(listing().isEmpty());
         QCOMPARE(int(g_SavedFSInfo.currDCIMIndex), 1);
-        const QStringList byAge = {u"TUBX0012.AVI"_s, u"b.jpeg"_s, u"a.jpg"_s, u"Clip.avi"_s, u"TUBX0003.jpg"_s};
+        const QStringList byAge = {u"TUBX0012.AVI"_s, u"b.jpeg"_s, u"a.jpg"_s, u"Clip.avi"_s,
+                                   u"TUBX0003.jpg"_s};
         for (int i = 0; i < byAge.size(); ++i) {
             card.put(inCurrentFolder(byAge[i]), "x");
             age(byAge[i], i == 2 ? 2 : i * 2); // a.jpg as old as b.jpeg
@@ -146,7 +150,8 @@ private slots:
         for (const QString &name : {u"TUBX0003.wav"_s, u"TUBX0099.wav"_s, u".hidden.jpg"_s, u"note.txt"_s})
             card.put(inCurrentFolder(name), "x");
         card.put(inCurrentFolder(u"TUBX0077.jpg"_s), ""); // never came to its end
-        QCOMPARE(listing(), (QStringList{u"TUBX0012.AVI"_s, u"a.jpg"_s, u"b.jpeg"_s, u"Clip.avi"_s, u"TUBX0003.jpg"_s}));
+        QCOMPARE(listing(),
+                 (QStringList{u"TUBX0012.AVI"_s, u"a.jpg"_s, u"b.jpeg"_s, u"Clip.avi"_s, u"TUBX0003.jpg"_s}));
         QCOMPARE(int(g_SavedFSInfo.currDCIMIndex), 13);
         QCOMPARE(int(g_FileListing[0].isVideo), 0);
         QCOMPARE(int(g_FileListing[3].isVideo), 1);
@@ -182,11 +187,14 @@ private slots:
                                  "src=\"./.html_assets/imagecaptured.png\"/></td>\n\t  <td><a "
                                  "href=\"TUBX0007.jpg\">TUBX0007.jpg</a></td>\n\t</tr>\n"));
         QCOMPARE(line, QByteArray("000.05  14:05:09  [+] TUBX0007.jpg\n"));
-        const auto note = inspectionlog::entry(eDamageCatelogChange, 1234, u"14:05:09"_s, u"a < b & \"c\" -> %1"_s);
-        QCOMPARE(note.row, QByteArray("\n\t<tr>\n\t  <td>012.34</td>\n\t  <td>14:05:09</td>\n\t  <td></td>\n\t  "
-                                      "<td>a &lt; b &amp; &quot;c&quot; -> %1</td>\n\t</tr>\n"));
+        const auto note =
+            inspectionlog::entry(eDamageCatelogChange, 1234, u"14:05:09"_s, u"a < b & \"c\" -> %1"_s);
+        QCOMPARE(note.row,
+                 QByteArray("\n\t<tr>\n\t  <td>012.34</td>\n\t  <td>14:05:09</td>\n\t  <td></td>\n\t  "
+                            "<td>a &lt; b &amp; &quot;c&quot; -> %1</td>\n\t</tr>\n"));
         QCOMPARE(note.line, QByteArray("012.34  14:05:09  [!] a < b & \"c\" -> %1\n"));
-        QVERIFY(inspectionlog::entry(eVideoStop, 0, QString(), u"x"_s).row.contains("stop.png\"/></td>\n\t  <td>x</td>"));
+        QVERIFY(inspectionlog::entry(eVideoStop, 0, QString(), u"x"_s)
+                    .row.contains("stop.png\"/></td>\n\t  <td>x</td>"));
     }
 
     void aLogFollowsItsPage()
@@ -227,7 +235,8 @@ private slots:
             const QByteArray content = mended(second.left(cut));
             QVERIFY2(content == first || content == second, content.right(200).constData());
         }
-        QCOMPARE(mended(empty.left(empty.indexOf("</table>"))), QByteArray(empty).replace("\t</table>", "</table>"));
+        QCOMPARE(mended(empty.left(empty.indexOf("</table>"))),
+                 QByteArray(empty).replace("\t</table>", "</table>"));
         QCOMPARE(mended(second), second);
         card.put(inCurrentFolder(u"TUBX0003.jpg.tubix-new"_s), "half a picture");
         card.put(inCurrentFolder(u"mine.new"_s), "x");
@@ -238,18 +247,17 @@ private slots:
 
     void aStillIsCutAndBanded()
     {
-        QCOMPARE(stillpicture::cutOut(0), QRect(0, 0, 720, 576));
-        QCOMPARE(stillpicture::cutOut(1), QRect(16, 20, 680, 544));
         QImage band(720, 600, QImage::Format_RGB32);
         band.fill(Qt::black);
         QImage frame(720, 576, QImage::Format_RGB16);
         frame.fill(Qt::red);
-        const QImage picture = stillpicture::compose(band, frame, 10, {u"12.34 m"_s, QString(), QString()});
+        const QImage picture = stillpicture::compose(band, frame, QRect(160, 200, 320, 256),
+                                                     {u"12.34 m"_s, QString(), QString()});
         QCOMPARE(picture.size(), QSize(720, 600));
         QCOMPARE(picture.pixelColor(0, 23), QColor(Qt::black));
         QCOMPARE(picture.pixelColor(0, 24), QColor(Qt::red));
         QCOMPARE(picture.pixelColor(719, 599), QColor(Qt::red));
-        const QImage blank = stillpicture::compose(band, frame, 10, {});
+        const QImage blank = stillpicture::compose(band, frame, QRect(160, 200, 320, 256), {});
         QVERIFY(picture.copy(442, 4, 60, 18) != blank.copy(442, 4, 60, 18));
         QCOMPARE(picture.copy(568, 0, 152, 24), blank.copy(568, 0, 152, 24));
         const TestUnit card({kCardMountPoint});
@@ -270,7 +278,8 @@ private slots:
         row("inserted", {"mmc1: new card", " mmcblk1: p1", "something else"}, Card::Inserted);
         row("removed", {" mmcblk1: p1", "mmc1: card 0001 removed"}, Card::Removed);
         row("put back", {"mmc1: card 0001 removed", " mmcblk1: p1"}, Card::Inserted);
-        row("corrupt", {" mmcblk1: p1", "FAT-fs: FAT read failed (blocknr 1)", "something else"}, Card::Corrupt);
+        row("corrupt", {" mmcblk1: p1", "FAT-fs: FAT read failed (blocknr 1)", "something else"},
+            Card::Corrupt);
         row("an error without a card", {"FAT read failed"}, Card::Unknown);
     }
     void theKernelTellsTheCard()
