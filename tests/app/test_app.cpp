@@ -48,7 +48,7 @@ public:
     // The card's state is asked for about a second after the start, and its folder takes another second.
     void waitForCard() const
     {
-        QTRY_VERIFY_WITH_TIMEOUT(params::getInstance()->getParams().MSDC_ModuleInstalled, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(params::getInstance()->getParams().MSDC_ModuleInstalled, 20000);
     }
 
     QPushButton *button(const char *name) const
@@ -186,7 +186,7 @@ private slots:
         Screen screen;
         screen.waitForCard();
         screen.folder.control({u"card"_s, u"remove"_s});
-        QTRY_VERIFY(!screen.button("btn_menu_Capture")->isEnabled());
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.button("btn_menu_Capture")->isEnabled(), 15000);
         QVERIFY(!params::getInstance()->getParams().MSDC_ModuleInstalled);
         screen.folder.control({u"card"_s, u"insert"_s});
         QTRY_VERIFY(screen.button("btn_menu_Capture")->isEnabled());
@@ -201,10 +201,10 @@ private slots:
         Screen screen;
         screen.waitForCard();
         screen.folder.control({u"usb"_s, u"attach"_s});
-        QTRY_VERIFY(!screen.button("btn_menu_Capture")->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.button("btn_menu_Capture")->isVisible(), 15000); // asked every 3.2 s
         QTRY_VERIFY(!g_gst_Pipeline.pipeline);
         screen.folder.control({u"usb"_s, u"detach"_s});
-        QTRY_VERIFY(screen.button("btn_menu_Capture")->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(screen.button("btn_menu_Capture")->isVisible(), 15000);
         const int before = nBuffers;
         QTRY_VERIFY(nBuffers > before + 3);
     }
@@ -274,7 +274,7 @@ private slots:
         });
         closer.start(100);
         screen.folder.control({u"card"_s, u"remove"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(told, 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(told, 15000);
         QTRY_VERIFY(g_gst_Pipeline.videocrop);
         QVERIFY(!screen.button("btn_menu_Capture")->isEnabled());
         QVERIFY(screen.button("btn_menu_Tools")->isEnabled());
@@ -307,8 +307,8 @@ private slots:
         screen.folder.control({u"battery"_s, u"empty"_s});
         const QImage critical(u":/MyGraphicResources/graphics/critical_battery_bg.png"_s);
         auto *label = screen.window.findChild<QLabel *>(u"labelInputVideo"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(middle(label->grab().toImage()), middle(critical), 8000);
-        QTRY_VERIFY_WITH_TIMEOUT(screen.folder.content(u"/var/log/commands"_s).contains("poweroff"), 8000);
+        QTRY_COMPARE_WITH_TIMEOUT(middle(label->grab().toImage()), middle(critical), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(screen.folder.content(u"/var/log/commands"_s).contains("poweroff"), 20000);
         QCOMPARE(screen.events().filter(u"2,Shutdown power switch pressed"_s).size(), 1);
     }
 
