@@ -9,6 +9,7 @@
 #include "storage/dcim.h"
 
 #include <QDialog>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
@@ -338,16 +339,24 @@ private slots:
         QCOMPARE(pressed.size(), 1);
     }
 
-    void everyPictureOfTheFormIsThere()
+    void everyPictureNamedInCodeOrFormsIsThere()
     {
-        QFile form(QStringLiteral(TUBIX_SOURCE_DIR "/src/app/mainwindow.ui"));
-        QVERIFY(form.open(QIODevice::ReadOnly));
-        const QString content = QString::fromUtf8(form.readAll());
-        const QRegularExpression name(u":/MyGraphicResources/graphics/\\w+\\.png"_s);
-        for (auto match = name.globalMatch(content); match.hasNext();) {
-            const QString picture = match.next().captured();
-            QVERIFY2(!QPixmap(picture).isNull(), qPrintable(picture));
+        const QRegularExpression name(u"\\b(\\w+)\\.png\\b"_s);
+        int pictures = 0;
+        QDirIterator files(QStringLiteral(TUBIX_SOURCE_DIR "/src"), {u"*.cpp"_s, u"*.ui"_s}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QString content = QString::fromUtf8(file.readAll());
+            for (auto match = name.globalMatch(content); match.hasNext(); ++pictures) {
+                const QString picture = match.next().captured();
+                const bool found = !QPixmap(u":/MyGraphicResources/graphics/"_s + picture).isNull() ||
+                                   !QPixmap(u":/html_assets/html_assets/"_s + picture).isNull();
+                QVERIFY2(found, qPrintable(file.fileName() + u": "_s + picture));
+            }
         }
+        QVERIFY(pictures > 100);
     }
 
     void aSignalEndsTheProgramInOrder_data()
