@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/graphics.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
 #include "storage/eventlog.h"
@@ -34,8 +35,7 @@ void MainWindow::enterCaptureModeChange()
     eCaptureModes &mode = m_pParams->getParams().CaptureMode;
     const CaptureModeFace &face = mode == eStillImageCapture ? kVideo : kStill;
     UpdateEventLog(eEventCaptureModeChange, QString::fromLatin1(face.text));
-    ui->btn_menu_CaptureModeSelect->setIcon(
-        QIcon(QStringLiteral(":/MyGraphicResources/graphics/") + QLatin1String(face.picture)));
+    ui->btn_menu_CaptureModeSelect->setIcon(QIcon(graphic(face.picture)));
     mode = face.mode;
     ChangeMainState(eStateLive);
 }
@@ -59,7 +59,7 @@ void MainWindow::on_btn_menu_Capture_clicked()
 void MainWindow::tellCardFullInLiveView()
 {
     gst_SendVideoInputPipelineEOS(true);
-    confirm(QStringLiteral("confirmation_disk_full.png"));
+    confirm("confirmation_disk_full.png");
     gst_VideoInputPipeline(0);
     showLivePicture();
 }

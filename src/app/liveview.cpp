@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/graphics.h"
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "media/zoom.h"
@@ -57,8 +58,10 @@ void MainWindow::showLivePicture()
         return; // the overlay plane shows the picture; the label stays as the screen has it
     ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
     ui->labelInputVideo->show();
-    connect(ui->labelInputVideo, &PictureLabel::framePainted, this, &MainWindow::announceReady,
-            Qt::UniqueConnection);
+    if (!m_isReady) {
+        connect(ui->labelInputVideo, &PictureLabel::framePainted, this, &MainWindow::announceReady,
+                Qt::UniqueConnection);
+    }
     imageTimer->start();
 }
 
@@ -100,8 +103,7 @@ void MainWindow::drawLiveFrame()
 void MainWindow::enterVideoInputPipelineFailure()
 {
     imageTimer->stop();
-    ui->labelInputVideo->setPixmap(
-        QPixmap(QStringLiteral(":/MyGraphicResources/graphics/critical_system_error_bg.png")));
+    ui->labelInputVideo->setPixmap(QPixmap(graphic("critical_system_error_bg.png")));
     ui->labelInputVideo->show();
     ui->btn_menu_Capture->setEnabled(false);
     ui->btn_tools_Reset_Meter_Counter->setEnabled(false);

@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/graphics.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
@@ -22,8 +23,6 @@ constexpr int kFrameInterval = 40;        // ms: one PAL frame
 constexpr int kSystemCheckInterval = 200; // ms
 constexpr int kRecordAudioInterval = 1000;
 constexpr quint16 kLongestPostPlay = 6000;
-
-const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
 
 } // namespace
 
@@ -49,8 +48,7 @@ void MainWindow::init()
         m_pParams->SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
     m_pParams->configureWifi();
     ui->lbl_WiFiIndicator->setPixmap(
-        QPixmap(kGraphics + (settings.bWIFIHotSpotActive ? QStringLiteral("ind_WIFI_active.png")
-                                                         : QStringLiteral("ind_WIFI_inactive.png"))));
+        QPixmap(graphic(settings.bWIFIHotSpotActive ? "ind_WIFI_active.png" : "ind_WIFI_inactive.png")));
     gst_EnableAudioRecording(settings.bMicrophoneActive);
     gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
 
@@ -189,15 +187,13 @@ void MainWindow::onBusyIndicator(bool on)
 
 void MainWindow::onClearPictureEditorButtons()
 {
-    const auto setInactive = [](QPushButton *button, const QString &picture) {
-        button->setIcon(QIcon(kGraphics + picture));
+    const auto setInactive = [](QPushButton *button, const char *picture) {
+        button->setIcon(QIcon(graphic(picture)));
     };
-    setInactive(ui->btn_menu_ThumbnailImageEditArrow, QStringLiteral("btn_imageedit_add_arrow_inactive.png"));
-    setInactive(ui->btn_menu_ThumbnailImageEditCircle,
-                QStringLiteral("btn_imageedit_add_circle_inactive.png"));
-    setInactive(ui->btn_menu_ThumbnailImageEditText, QStringLiteral("btn_imageedit_add_text_inactive.png"));
-    setInactive(ui->btn_menu_ThumbnailImageEditColor,
-                QStringLiteral("btn_imageedit_choose_color_inactive.png"));
+    setInactive(ui->btn_menu_ThumbnailImageEditArrow, "btn_imageedit_add_arrow_inactive.png");
+    setInactive(ui->btn_menu_ThumbnailImageEditCircle, "btn_imageedit_add_circle_inactive.png");
+    setInactive(ui->btn_menu_ThumbnailImageEditText, "btn_imageedit_add_text_inactive.png");
+    setInactive(ui->btn_menu_ThumbnailImageEditColor, "btn_imageedit_choose_color_inactive.png");
 }
 
 void MainWindow::clearLiveVideoLabel()

@@ -4,6 +4,7 @@
 
 #include "app/mainstatemachine.h"
 #include "app/sleeper.h"
+#include "storage/inspectionlog.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -59,7 +60,7 @@ public slots:
     void onBusyIndicator(bool on);                // mainwindow.cpp
     void doNextFrame();                           // liveview.cpp
     void systemCheck();                           // mw_system.cpp
-    void setSystemDateTime(QString dateTime);     // mw_system.cpp
+    void setSystemDateTime(QString dateTime);     // openslots.cpp
     void popUpExpired();                          // mainwindow.cpp
     void shutdownTimerExpired();                  // mainwindow.cpp
     void genericDelayTimerExpired();              // mainwindow.cpp
@@ -140,7 +141,7 @@ private:
     void showCableLength();
     void endDamageNote();
     void showBattery();
-    void showCriticalBattery(const QString &picture);
+    void showCriticalBattery(const char *picture);
     void checkUsbHost();
     void enterUsbActive();
     void enterUsbDisconnected();
@@ -153,8 +154,9 @@ private:
     void enterCaptureWindowEntry();
     void enterCaptureWindowExit();
     void savePicture();
+    void logCapture(eLogFileOperation operation); // currFileName, at the meter count
     void showCurrentFolder();
-    bool confirm(const QString &picture); // asks with a picture; blocks until answered
+    bool confirm(const char *picture); // asks with a picture; blocks until answered
 
     // --- mw_recording.cpp: films ---
     void enterLiveSavingMovieQueued();
@@ -162,7 +164,7 @@ private:
     void enterLiveTerminateSavingMovie();
     void setRecordingButtonsEnabled(bool enabled);
     void followRecording(); // running time and room on the card, at every frame
-    void saveFilmThumbnail(const QString &path);
+    void saveFilmThumbnail();
     void showRecordingEnded();
     void endRecordingWithoutCard();
 

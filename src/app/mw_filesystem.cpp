@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/graphics.h"
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
 #include "media/zoom.h"
@@ -18,13 +19,11 @@ namespace {
 
 constexpr int kCaptureShown = 1000; // ms
 
-const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
-
 } // namespace
 
-bool MainWindow::confirm(const QString &picture)
+bool MainWindow::confirm(const char *picture)
 {
-    ConfirmationBox box(QPixmap(kGraphics + picture), this);
+    ConfirmationBox box(QPixmap(graphic(picture)), this);
     box.exec();
     return box.returnStatus;
 }
@@ -69,8 +68,14 @@ void MainWindow::enterSDCardCorrupt()
 {
     const eMainStates previous = g_prevMainState;
     flagCorruptSDCard();
-    confirm(QStringLiteral("confirmation_corrupt_sdcard.png"));
+    confirm("confirmation_corrupt_sdcard.png");
     restoreMainState(previous);
+}
+
+void MainWindow::logCapture(eLogFileOperation operation)
+{
+    UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount),
+                   inCurrentFolder(g_SavedFSInfo.currFileName), QString());
 }
 
 void MainWindow::enterLiveSavingStill()
@@ -83,7 +88,7 @@ void MainWindow::savePicture()
     const _GlobalSystemSettings &settings = m_pParams->getParams();
     g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".jpg"));
     const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
-    const QImage band(kGraphics + QLatin1String("quenvale_brand_base_image.png"));
+    const QImage band(graphic("quenvale_brand_base_image.png"));
     const QImage frame(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
     const QString stamp = settings.bDateTimeStamp
                               ? QDateTime::currentDateTime().toString(QStringLiteral("HH:mm dd.MM.yyyy"))
@@ -92,7 +97,7 @@ void MainWindow::savePicture()
         stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
                               {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
     stillpicture::save(tmpQimage, path);
-    UpdateLogFiles(eImageCapture, static_cast<unsigned short>(settings.MeterCount), path, QString());
+    logCapture(eImageCapture);
     ++g_SavedFSInfo.currDCIMIndex;
     ChangeMainState(eStateCaptureWindowEntry);
 }

@@ -2,12 +2,12 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/graphics.h"
 #include "app/runningtime.h"
 #include "film/firstframe.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
-#include "settings/params.h"
 #include "storage/dcim.h"
 #include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
@@ -19,26 +19,19 @@ namespace {
 
 constexpr int kFullCheckTicks = 15; // frames between two looks at the card's room
 
-QIcon graphic(const char *name)
-{
-    return QIcon(QStringLiteral(":/MyGraphicResources/graphics/") + QLatin1String(name));
-}
-
 } // namespace
 
 void MainWindow::enterLiveSavingMovieQueued()
 {
     g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".avi"));
-    const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
-    const QByteArray file = unit::path(path).toUtf8();
+    const QByteArray file = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)).toUtf8();
     gst_StartRecordingAVIFile(file.constData(), int(file.size()));
     clearLiveVideoLabel();
     ui->labelInputVideo->show();
     ui->btn_DamageCatelog->show();
     imageTimer->start();
     ++g_SavedFSInfo.currDCIMIndex;
-    UpdateLogFiles(eVideoStart, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path,
-                   QString());
+    logCapture(eVideoStart);
     ActivateMSDC(false);
     ChangeMainState(eStateLiveSavingMovie);
 }
@@ -47,7 +40,7 @@ void MainWindow::enterLiveSavingMovie()
 {
     ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
     ui->frm_VideoLengthIndicator->show();
-    ui->btn_menu_Capture->setIcon(graphic("btn_stop.png"));
+    ui->btn_menu_Capture->setIcon(QIcon(graphic("btn_stop.png")));
     setRecordingButtonsEnabled(false);
     elapsedTime.start();
 }
@@ -72,14 +65,12 @@ void MainWindow::enterLiveTerminateSavingMovie()
     // Waited for: what comes now reads the closed film.
     gst_EndVideoInputPipeline();
     if (isDiskFull())
-        confirm(QStringLiteral("confirmation_disk_full.png"));
+        confirm("confirmation_disk_full.png");
     gst_VideoInputPipeline(0);
     imageTimer->stop();
     command::run(QStringLiteral("sync"));
-    const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
-    UpdateLogFiles(eVideoStop, static_cast<unsigned short>(m_pParams->getParams().MeterCount), path,
-                   QString());
-    saveFilmThumbnail(path);
+    logCapture(eVideoStop);
+    saveFilmThumbnail();
     showRecordingEnded();
     ActivateMSDC(true);
     emit BusyIndicator(false);
@@ -87,9 +78,9 @@ void MainWindow::enterLiveTerminateSavingMovie()
     showLivePicture();
 }
 
-void MainWindow::saveFilmThumbnail(const QString &path)
+void MainWindow::saveFilmThumbnail()
 {
-    const QImage frame = firstFrameOfFilm(unit::path(path));
+    const QImage frame = firstFrameOfFilm(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)));
     if (!frame.isNull()) {
         stillpicture::save(frame,
                            inCurrentFolder(QStringLiteral(".thumbs/") +
@@ -99,7 +90,7 @@ void MainWindow::saveFilmThumbnail(const QString &path)
 
 void MainWindow::showRecordingEnded()
 {
-    ui->btn_menu_Capture->setIcon(graphic("btn_capture_active.png"));
+    ui->btn_menu_Capture->setIcon(QIcon(graphic("btn_capture_active.png")));
     ui->frm_VideoLengthIndicator->hide();
     setRecordingButtonsEnabled(true);
     ui->btn_DamageCatelog->hide();
@@ -112,7 +103,7 @@ void MainWindow::endRecordingWithoutCard()
     showRecordingEnded();
     setCardButtonsEnabled(false);
     flagCorruptSDCard();
-    confirm(QStringLiteral("confirmation_corrupt_sdcard.png"));
+    confirm("confirmation_corrupt_sdcard.png");
     gst_VideoInputPipeline(0);
     ChangeMainState(eStateLive);
     showLivePicture();

@@ -3,6 +3,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/cablelength.h"
+#include "app/graphics.h"
 #include "hw/hardware.h"
 #include "hw/i2c.h"
 #include "media/boardelements.h"
@@ -12,7 +13,6 @@
 #include "settings/params.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
-#include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
 #include "system/messagelog.h"
 
@@ -33,13 +33,6 @@ constexpr int kCardCheck = 5;                // the one call that asks for the c
 constexpr int kCriticalShutdownDelay = 3000; // ms
 constexpr qint64 kLongestLine = 4096;        // bytes of a kernel message looked at in one piece
 
-const QString kGraphics = QStringLiteral(":/MyGraphicResources/graphics/");
-
-QPixmap graphic(const char *name)
-{
-    return QPixmap(kGraphics + QLatin1String(name));
-}
-
 struct CardState
 {
     messagelog::Card card;
@@ -58,9 +51,8 @@ constexpr std::array kBatteryPictures = {"ind_Battery100.png",         "ind_Batt
 // The meter count, or the raw encoder count; negative when the board did not answer.
 qint16 readMeterCount(bool raw)
 {
-    const int high = i2c_read(kEncoderBoardAddress, raw ? twiEncoderCountHighByte : twiMeterCountHighByte);
-    const int low = i2c_read(kEncoderBoardAddress, raw ? twiEncoderCountLowByte : twiMeterCountLowByte);
-    return static_cast<qint16>(high * 256 | low);
+    return raw ? i2c_read_word(kEncoderBoardAddress, twiEncoderCountHighByte, twiEncoderCountLowByte)
+               : i2c_read_word(kEncoderBoardAddress, twiMeterCountHighByte, twiMeterCountLowByte);
 }
 
 } // namespace
@@ -123,19 +115,19 @@ void MainWindow::showBattery()
     m_pParams->ReadBatteryPotential();
     const eBatteryStatus status = m_pParams->getParams().BatteryStatus;
     if (size_t(status) < kBatteryPictures.size())
-        ui->lbl_BatteryIndicator->setPixmap(graphic(kBatteryPictures[size_t(status)]));
+        ui->lbl_BatteryIndicator->setPixmap(QPixmap(graphic(kBatteryPictures[size_t(status)])));
     if (status == eBatteryEmpty) {
-        showCriticalBattery(QStringLiteral("critical_battery_bg.png"));
+        showCriticalBattery("critical_battery_bg.png");
     } else if (status == eBatteryCriticalTemperature) {
         qCDebug(log) << "Battery Temperature too HOT. Shutting Down...";
-        showCriticalBattery(QStringLiteral("critical_battery_temperature_bg.png"));
+        showCriticalBattery("critical_battery_temperature_bg.png");
     }
 }
 
-void MainWindow::showCriticalBattery(const QString &picture)
+void MainWindow::showCriticalBattery(const char *picture)
 {
     imageTimer->stop();
-    ui->labelInputVideo->setPixmap(QPixmap(kGraphics + picture));
+    ui->labelInputVideo->setPixmap(QPixmap(graphic(picture)));
     ui->labelInputVideo->show();
     for (QWidget *widget : std::initializer_list<QWidget *>{
              ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
@@ -163,7 +155,7 @@ void MainWindow::enterUsbActive()
 {
     gst_SendVideoInputPipelineEOS(true);
     imageTimer->stop();
-    ui->labelInputVideo->setPixmap(graphic("usb_connected_bg.png"));
+    ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
     ui->labelInputVideo->show();
     ui->lbl_CurrentFilenameandPath->hide();
     ui->frm_LiveMenuButtons_Left->hide();
@@ -203,8 +195,7 @@ void MainWindow::onProcessSystemShutdown()
     emit BusyIndicator(true);
     if (g_MainState == eStateLiveSavingMovie) {
         gst_SendVideoInputPipelineEOS(true);
-        UpdateLogFiles(eVideoStop, static_cast<unsigned short>(m_pParams->getParams().MeterCount),
-                       inCurrentFolder(g_SavedFSInfo.currFileName), QString());
+        logCapture(eVideoStop);
     }
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
     qCDebug(log) << "Shutting Down...";
@@ -244,5 +235,3 @@ void MainWindow::onLogfileChanged(const QString &path)
             ChangeMainState(known.state);
     }
 }
-
-void MainWindow::setSystemDateTime(QString) {}

@@ -42,3 +42,5 @@ void MainWindow::on_btn_menu_ThumbnailImageEditColor_clicked() {}
 void MainWindow::on_btn_menu_UnmountMedia_clicked() {}
 
 void MainWindow::onRecordAudioTimerExpired() {}
+
+void MainWindow::setSystemDateTime(QString) {}

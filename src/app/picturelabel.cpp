@@ -16,11 +16,6 @@ void PictureLabel::setPixmap(const QPixmap &picture)
     update();
 }
 
-QPixmap PictureLabel::picture() const
-{
-    return m_frame.isNull() ? pixmap() : QPixmap::fromImage(m_frame.copy(m_crop));
-}
-
 void PictureLabel::paintEvent(QPaintEvent *event)
 {
     if (m_frame.isNull()) {

@@ -16,8 +16,6 @@ public:
 
     void setPixmap(const QPixmap &picture); // hides QLabel's: a picture replaces the frame
 
-    QPixmap picture() const; // what is shown now, frame or picture
-
 signals:
     void framePainted(); // after every painted camera frame
 

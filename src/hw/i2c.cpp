@@ -131,6 +131,13 @@ int i2c_read(int address, int reg)
         [reg](int fd) { return i2c_smbus_read_byte_data(fd, static_cast<unsigned char>(reg)); });
 }
 
+short i2c_read_word(int address, int highByte, int lowByte)
+{
+    const int high = i2c_read(address, highByte);
+    const int low = i2c_read(address, lowByte);
+    return static_cast<short>(high * 256 | low);
+}
+
 int i2c_write(int address, int reg, int value)
 {
     return withBoard(

@@ -42,5 +42,8 @@ int i2c_smbus_write_byte_data(int fd, unsigned char command, unsigned char value
 // A register of the slave at `address`: 0..255; -1 no bus, -64 no such slave, -128 three failed reads.
 int i2c_read(int address, int reg);
 
+// Two registers as one signed value, high byte first; negative when one of the reads failed.
+short i2c_read_word(int address, int highByte, int lowByte);
+
 // 0; -1 no bus, minus errno no such slave, -2 three failed writes.
 int i2c_write(int address, int reg, int value);

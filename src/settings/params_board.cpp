@@ -14,14 +14,6 @@ int readRegister(eTWIRegisters reg)
     return i2c_read(kEncoderBoardAddress, reg);
 }
 
-// High byte first; a failed read makes the value negative.
-qint16 readWord(eTWIRegisters highByte, eTWIRegisters lowByte)
-{
-    const int high = readRegister(highByte);
-    const int low = readRegister(lowByte);
-    return static_cast<qint16>(high * 256 | low);
-}
-
 } // namespace
 
 void params::readFirmwareVersion()
@@ -34,13 +26,15 @@ void params::readFirmwareVersion()
 
 void params::ReadBatteryPotential()
 {
-    const qint16 reading = readWord(twiBatteryReadingHighByte, twiBatteryReadingLowByte);
+    const qint16 reading =
+        i2c_read_word(kEncoderBoardAddress, twiBatteryReadingHighByte, twiBatteryReadingLowByte);
     g_GlobalSystemSettings.BatteryADCReading = reading;
     if (g_GlobalSystemSettings.EncoderBoardFWVersionByte <= battery::kLastFirmwareWithoutTemperature) {
         g_GlobalSystemSettings.BatteryStatus = battery::gradeOldFirmware(reading);
         return;
     }
-    const qint16 temperature = readWord(twiBatteryTempHighByte, twiBatteryTempLowByte);
+    const qint16 temperature =
+        i2c_read_word(kEncoderBoardAddress, twiBatteryTempHighByte, twiBatteryTempLowByte);
     const int externalSupply = readRegister(twiExternalSupplyPresent);
     g_GlobalSystemSettings.BatteryStatus = battery::grade(reading, temperature, externalSupply);
     g_GlobalSystemSettings.bExternalSupplyConnected = externalSupply == 1;
