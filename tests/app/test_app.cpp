@@ -1,9 +1,6 @@
-#include "testunit.h"
+#include "app/screen.h"
 
-#include "app/appearance.h"
 #include "app/debounce.h"
-#include "app/mainwindow.h"
-#include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
 #include "storage/dcim.h"
@@ -24,61 +21,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString kBrightness = u"/sys/class/backlight/extledcontrol.27/brightness"_s;
-
-// The real window on a simulated unit of its own.
-class Screen
-{
-public:
-    Screen()
-    {
-        params::resetForTests();
-        resetBoardElementsForTests();
-        g_InputFrameReady = false;
-        window.init();
-        showOnDesk(window);
-    }
-    ~Screen() { gst_EndVideoInputPipeline(); }
-
-    // A finger on the glass: whatever lies on top there gets it.
-    void touch(int x, int y)
-    {
-        QWidget *target = window.childAt(x, y);
-        QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(&window, QPoint(x, y)));
-    }
-
-    // The card's state is asked for about a second after the start, and its folder takes another second.
-    void waitForCard() const
-    {
-        QTRY_VERIFY_WITH_TIMEOUT(params::getInstance()->getParams().MSDC_ModuleInstalled, 20000);
-    }
-
-    QPushButton *button(const char *name) const
-    {
-        return window.findChild<QPushButton *>(QString::fromLatin1(name));
-    }
-
-    QString logFile(const QString &extension) const
-    {
-        return inCurrentFolder(g_SavedFSInfo.currRootDirectory.section(u'/', -1) + extension);
-    }
-
-    QString text(const char *label) const
-    {
-        return window.findChild<QLabel *>(QString::fromLatin1(label))->text();
-    }
-
-    // The lines of the event log without their times.
-    QStringList events() const
-    {
-        QStringList lines;
-        for (const QByteArray &line : folder.content(u"/home/root/tubix4_app/eventlog.csv"_s).split('\n'))
-            lines << QString::fromUtf8(line).section(u',', 1);
-        return lines;
-    }
-
-    TestUnit folder;
-    MainWindow window;
-};
 
 // Codec, size and rate of each stream, by a tool that is not ours.
 QByteArray probe(const QString &film)
@@ -404,13 +346,6 @@ private slots:
 
 int main(int argc, char **argv)
 {
-    fixPixels();
-    debounce application(argc, argv);
-    fixLook();
-    TestUnit folder;
-    params::resetForTests();
-    application.init();
-    TestApp test;
-    return QTest::qExec(&test, argc, argv);
+    return runAppTest<TestApp>(argc, argv);
 }
 #include "test_app.moc"
