@@ -3,8 +3,12 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "media/gst_audioplayback.h"
+#include "media/gst_audiorecord.h"
 #include "media/gst_videoinput.h"
+#include "media/gst_videoplayback.h"
 #include "settings/params.h"
+#include "storage/dcim.h"
 #include "storage/eventlog.h"
 #include "storage/sdcard.h"
 
@@ -62,4 +66,164 @@ void MainWindow::tellCardFullInLiveView()
     confirm("confirmation_disk_full.png");
     gst_VideoInputPipeline(0);
     showLivePicture();
+}
+
+void MainWindow::route(eEventLogOperation operation, const char *text, eMainStates next)
+{
+    UpdateEventLog(operation, QString::fromLatin1(text));
+    ChangeMainState(next);
+}
+
+void MainWindow::on_btn_menu_Thumbnails_clicked()
+{
+    route(eEventThumbnails, "Thumbnails button clicked", eStateEnterPlaybackThumbnails);
+}
+
+void MainWindow::on_btn_menu_ThumbnailPrevious_clicked()
+{
+    ChangeMainState(eStatePlaybackPreviousSelectedThumbnail);
+}
+
+void MainWindow::on_btn_menu_ThumbnailNext_clicked()
+{
+    ChangeMainState(eStatePlaybackNextSelectedThumbnail);
+}
+
+void MainWindow::on_btn_menu_ThumbnailNextPage_clicked()
+{
+    ChangeMainState(eStatePlaybackThumbnailsNextPage);
+}
+
+void MainWindow::on_btn_menu_ThumbnailPreviousPage_clicked()
+{
+    ChangeMainState(eStatePlaybackThumbnailsPreviousPage);
+}
+
+void MainWindow::on_btn_menu_ThumbnailDeleteImage_clicked()
+{
+    route(eEventThumbnailDeleteImage, "Thumbnail Delete Image button clicked", eStateFileDeleteImage);
+}
+
+void MainWindow::on_btn_menu_ThumbnailDeleteAudio_clicked()
+{
+    route(eEventThumbnailDeleteAudio, "Thumbnail Delete Audio button clicked", eStateFileDeleteAudio);
+}
+
+void MainWindow::on_btn_menu_ThumbnailFileRename_clicked()
+{
+    route(eEventThumbnailFileRename, "Thumbnail File Rename button clicked", eStatePlaybackRenameFile);
+}
+
+void MainWindow::on_btn_menu_ThumbnailBack_clicked()
+{
+    UpdateEventLog(eEventThumbnailBack, QStringLiteral("Thumbnail Back button clicked"));
+    ProcessBackRequest();
+}
+
+void MainWindow::on_listW_ThumbnailViewer_clicked(const QModelIndex &index)
+{
+    UpdateEventLog(eEventThumbnailViewer, QStringLiteral("Thumbnail viewer button clicked"));
+    g_selectedItemFileIndex = index.data(Qt::UserRole).toInt();
+    displaySelectedThumbnail();
+}
+
+void MainWindow::on_btn_menu_ThumbnailVideoPlayPause_clicked()
+{
+    constexpr eEventLogOperation operation = eEventThumbnailVideoPlayPause;
+    switch (g_GstreamerVideoPlaybackPipelineState) {
+    case eGSTStateLiveVideo:
+    case eGSTStateQueued:
+    case eGSTStateNull:
+    case eGSTStateReady:
+        route(operation, "Thumbnail Video/Play/Pause button clicked - play", eStatePlaybackMoviePlaying);
+        break;
+    case eGSTStatePaused:
+        route(operation, "Thumbnail Video/Play/Pause button clicked - resume",
+              eStatePlaybackMovieResumePlaying);
+        break;
+    case eGSTStatePlaying:
+        route(operation, "Thumbnail Video/Play/Pause button clicked - pause", eStatePlaybackMoviePaused);
+        break;
+    default:
+        break;
+    }
+}
+
+void MainWindow::on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked()
+{
+    if (g_FileListing[size_t(g_selectedItemFileIndex)].annotated)
+        playOrPauseNote();
+    else if (isDiskFull())
+        confirm("confirmation_disk_full.png");
+    else
+        startOrStopNote();
+}
+
+void MainWindow::playOrPauseNote()
+{
+    constexpr eEventLogOperation operation = eEventThumbnailAnnotateRecordPlayPause;
+    switch (g_GstreamerAudioPlaybackPipelineState) {
+    case eGSTStateLiveVideo:
+    case eGSTStateQueued:
+    case eGSTStatePaused:
+    case eGSTStateNull:
+    case eGSTStateReady:
+        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - audio playing",
+              eStatePlaybackSnapshotAudioPlaying);
+        break;
+    case eGSTStatePlaying:
+        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - audio paused",
+              eStatePlaybackSnapshotAudioPaused);
+        break;
+    default:
+        break;
+    }
+}
+
+void MainWindow::startOrStopNote()
+{
+    constexpr eEventLogOperation operation = eEventThumbnailAnnotateRecordPlayPause;
+    switch (g_GstreamerAudioRecordPipelineState) {
+    case eGSTStateNull:
+        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - recording audio",
+              eStatePlaybackSnapshotRecordingAudio);
+        break;
+    case eGSTStateRecordingAudio:
+        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - terminate recording audio",
+              eStatePlaybackSnapshotTerminateRecordingAudio);
+        break;
+    default:
+        break;
+    }
+}
+
+// Resuming a film, and colour and saving in the editor, ignore Back: another button leaves them.
+void MainWindow::ProcessBackRequest()
+{
+    switch (g_MainState) {
+    case eStatePlaybackThumbnailsSelectable:
+    case eStatePlaybackNothingSaved:
+        leaveBrowser();
+        break;
+    case eStatePlaybackPreviousSelectedThumbnail:
+    case eStatePlaybackNextSelectedThumbnail:
+    case eStatePlaybackSnapshot:
+    case eStatePlaybackRenameFile:
+    case eStateFileDeleteImage:
+    case eStateFileDeleteAudio:
+        ChangeMainState(eStatePlaybackThumbnailsSelectable);
+        break;
+    case eStatePlaybackSnapshotAudioQueued:
+    case eStatePlaybackSnapshotAudioPlaying:
+    case eStatePlaybackSnapshotAudioPaused:
+        leaveNote();
+        break;
+    case eStatePlaybackMovieQueued:
+    case eStatePlaybackMoviePlaying:
+    case eStatePlaybackMoviePaused:
+        leaveFilm();
+        break;
+    default:
+        break;
+    }
 }

@@ -87,8 +87,20 @@ void MainWindow::doNextFrame()
     }
     if (drawsLiveFrames(g_MainState))
         drawLiveFrame();
-    if (g_MainState == eStateLiveSavingMovie)
+    switch (g_MainState) {
+    case eStateLiveSavingMovie:
         followRecording();
+        break;
+    case eStatePlaybackSnapshotAudioPlaying:
+        followNote();
+        break;
+    case eStatePlaybackMoviePlaying:
+    case eStatePlaybackMovieResumePlaying:
+        followFilm();
+        break;
+    default:
+        break;
+    }
     ++nFrame;
 }
 

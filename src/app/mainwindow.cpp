@@ -2,7 +2,10 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "media/gst_audioplayback.h"
+#include "media/gst_audiorecord.h"
 #include "media/gst_videoinput.h"
+#include "media/gst_videoplayback.h"
 #include "platform/command.h"
 #include "platform/unit.h"
 #include "settings/params.h"
@@ -22,7 +25,6 @@ namespace {
 constexpr int kFrameInterval = 40;        // ms: one PAL frame
 constexpr int kSystemCheckInterval = 200; // ms
 constexpr int kRecordAudioInterval = 1000;
-constexpr quint16 kLongestPostPlay = 6000;
 
 } // namespace
 
@@ -112,6 +114,7 @@ void MainWindow::createTimers()
     popUpTimer = create(0, true, &MainWindow::popUpExpired);
     shutdownTimer = create(0, true, &MainWindow::shutdownTimerExpired);
     genericDelayTimer = create(0, true, &MainWindow::genericDelayTimerExpired);
+    genericDelayTimer->setObjectName(QStringLiteral("genericDelayTimer"));
     recordAudioTimer = create(kRecordAudioInterval, false, &MainWindow::onRecordAudioTimerExpired);
 }
 
@@ -123,8 +126,12 @@ void MainWindow::startMediaFramework()
     }
     qputenv("GST_DEBUG_DUMP_DOT_DIR", unit::path(QStringLiteral("/home/root")).toUtf8());
     gst_init(nullptr, nullptr);
-    if (!g_VideoInput_loop)
-        g_VideoInput_loop = g_main_loop_new(nullptr, FALSE);
+    for (GMainLoop **loop : {&g_VideoInput_loop, &g_VideoPlayback_loop, &g_AudioRecordPipeline_loop,
+                             &g_AudioPlaybackPipeline_loop}) {
+        if (!*loop)
+            *loop = g_main_loop_new(nullptr, FALSE);
+    }
+    gst_AudioRecordPipeline();
     g_gst_VideoPipelineMode = eGSTStateLiveVideo;
     gst_EnableDateTimeOverlay(m_pParams->getParams().bDateTimeStamp);
     gst_VideoInputPipeline(0);
@@ -150,9 +157,20 @@ void MainWindow::startGenericDelayTimer()
     genericDelayTimer->start();
 }
 
+// Ends the wait after a film, unless something else has taken the screen meanwhile.
 void MainWindow::genericDelayTimerExpired()
 {
-    ChangeMainState(eStatePlaybackThumbnailsSelectable);
+    switch (g_MainState) {
+    case eStatePlaybackMovieQueued:
+    case eStatePlaybackMoviePlaying:
+    case eStatePlaybackMoviePaused:
+        ChangeMainState(eStatePlaybackThumbnailsSelectable);
+        break;
+    default:
+        emit BusyIndicator(false);
+        ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
+        break;
+    }
 }
 
 void MainWindow::startPostGstreamerPlayTimer()

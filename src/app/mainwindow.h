@@ -4,12 +4,15 @@
 
 #include "app/mainstatemachine.h"
 #include "app/sleeper.h"
+#include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
 
 #include <QElapsedTimer>
 #include <QImage>
+#include <QListWidgetItem>
 #include <QMainWindow>
 
+#include <array>
 #include <memory>
 
 class QFileSystemWatcher;
@@ -34,7 +37,8 @@ public:
     void setGenericDelayTimer(quint16 ms);
     void startGenericDelayTimer();
     void startPostGstreamerPlayTimer();
-    quint16 elapsedTimePostGstreamerPlayExpired() const; // milliseconds since the start, at most 6000
+    static constexpr quint16 kLongestPostPlay = 6000;    // ms
+    quint16 elapsedTimePostGstreamerPlayExpired() const; // since the start, at most kLongestPostPlay
     void clearLiveVideoLabel();
 
     // --- mw_system.cpp ---
@@ -64,7 +68,7 @@ public slots:
     void popUpExpired();                          // mainwindow.cpp
     void shutdownTimerExpired();                  // mainwindow.cpp
     void genericDelayTimerExpired();              // mainwindow.cpp
-    void onRecordAudioTimerExpired();             // openslots.cpp
+    void onRecordAudioTimerExpired();             // mw_voicenote.cpp
     void onLogfileChanged(const QString &path);   // mw_system.cpp
     void onDirectoryChanged(const QString &path); // mw_system.cpp
 
@@ -169,8 +173,68 @@ private:
     void endRecordingWithoutCard();
 
     // --- buttonrouting.cpp ---
+    void route(eEventLogOperation operation, const char *text, eMainStates next); // log, then change
     void enterCaptureModeChange();
     void tellCardFullInLiveView();
+    void playOrPauseNote();
+    void startOrStopNote();
+    void ProcessBackRequest();
+
+    // --- mw_browser.cpp: pages of thumbnails, the selected file ---
+    void enterEnterPlaybackThumbnails();
+    void enterPlaybackThumbnailsPreviousPage();
+    void enterPlaybackThumbnailsNextPage();
+    void enterPlaybackThumbnailsSelectable();
+    void enterPlaybackPreviousSelectedThumbnail();
+    void enterPlaybackNextSelectedThumbnail();
+    void enterPlaybackNothingSaved();
+    void setUpThumbnailList();
+    void turnPage(int step);
+    void DisplayThumbnails();
+    bool getThumbnailImage(const QString &path); // a film's first frame into tmpQimage; a unit path
+    void selectNeighbour(int step, eEventLogOperation operation, const char *text);
+    void displaySelectedThumbnail();
+    void showSelectedFileScreen();
+    void displaySelectedFilm();
+    void displaySelectedPicture();
+    void placePicture(const QRect &place);
+    void hideFileButtons();
+    void showLiveTopBar(bool shown);
+    void leaveBrowser();
+
+    // --- mw_playback.cpp: films and voice notes ---
+    void enterPlaybackMovieQueued();
+    void enterPlaybackMoviePlaying();
+    void enterPlaybackMovieResumePlaying();
+    void enterPlaybackMoviePaused();
+    void enterPlaybackSnapshotAudioQueued();
+    void enterPlaybackSnapshotAudioPlaying();
+    void enterPlaybackSnapshotAudioPaused();
+    void setPlaybackButtonsEnabled(bool enabled);
+    void stopPlayback(); // whatever plays; the card is offered to a USB host again
+    void showProgress(int percent);
+    void endProgress();
+    void followFilm(); // at every frame
+    void followNote();
+    void leaveFilm();
+    void leaveNote();
+
+    // --- mw_voicenote.cpp ---
+    void enterPlaybackSnapshotRecordingAudio();
+    void enterPlaybackSnapshotTerminateRecordingAudio();
+    void showNoteButtons();
+    void setNoteRecordingButtonsEnabled(bool enabled);
+    void endNoteRecording();
+
+    // --- mw_files.cpp: deleting and renaming ---
+    void enterFileDeleteImage();
+    void enterFileDeleteAudio();
+    void enterPlaybackRenameFile();
+    void logFileOperation(eLogFileOperation operation, const QString &file, const QString &text);
+    void DeleteFile(bool deletePicture, bool deleteAudio);
+    void RenameFile();
+    void renameSelected(const QString &name);
+    void countPages();
 
     // --- mainstatemachine.cpp ---
     void restoreMainState(eMainStates state); // back to a state without running its action again
@@ -189,7 +253,9 @@ private:
     QFileSystemWatcher *messagelogWatcher = nullptr;
     QElapsedTimer elapsedTime; // running time of a recording
     QElapsedTimer elapsedTimePostGstreamerPlaying;
-    QImage tmpQimage; // the picture last shown
+    QImage tmpQimage;                                // the picture last shown
+    std::array<QListWidgetItem, 12> g_ListItemArray; // of one page; the list only borrows them
+    qint32 g_selectedItemFileIndex = 0;              // in g_FileListing
     qint32 nFrame = 0;
     eMainStates g_MainState = eStateLive;
     eMainStates g_prevMainState = eStateLive;

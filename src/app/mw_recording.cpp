@@ -4,10 +4,10 @@
 
 #include "app/graphics.h"
 #include "app/runningtime.h"
-#include "film/firstframe.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
+#include "storage/capturefiles.h"
 #include "storage/dcim.h"
 #include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
@@ -80,12 +80,9 @@ void MainWindow::enterLiveTerminateSavingMovie()
 
 void MainWindow::saveFilmThumbnail()
 {
-    const QImage frame = firstFrameOfFilm(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)));
-    if (!frame.isNull()) {
-        stillpicture::save(frame,
-                           inCurrentFolder(QStringLiteral(".thumbs/") +
-                                           g_SavedFSInfo.currFileName.chopped(3) + QLatin1String("jpg")));
-    }
+    if (getThumbnailImage(inCurrentFolder(g_SavedFSInfo.currFileName)))
+        stillpicture::save(tmpQimage,
+                           inCurrentFolder(capturefiles::storedThumbnailOf(g_SavedFSInfo.currFileName)));
 }
 
 void MainWindow::showRecordingEnded()

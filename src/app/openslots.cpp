@@ -4,19 +4,7 @@
 
 void MainWindow::on_btn_menu_Tools_clicked() {}
 void MainWindow::on_btn_menu_BackButton_clicked() {}
-void MainWindow::on_btn_menu_Thumbnails_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailNext_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailPrevious_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailNextPage_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailPreviousPage_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailBack_clicked() {}
-void MainWindow::on_listW_ThumbnailViewer_clicked(const QModelIndex &) {}
-void MainWindow::on_btn_menu_ThumbnailVideoPlayPause_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailDeleteImage_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailDeleteAudio_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailFileRename_clicked() {}
 void MainWindow::on_btn_menu_FolderOptions_clicked() {}
-void MainWindow::on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked() {}
 void MainWindow::on_btn_DamageCatelog_clicked() {}
 void MainWindow::on_btn_tools_SetDate_clicked() {}
 void MainWindow::on_btn_tools_SetTime_clicked() {}
@@ -40,7 +28,5 @@ void MainWindow::on_btn_tools_Network_Streaming_On_Off_clicked() {}
 void MainWindow::on_btn_tools_Reset_Damage_Catelog_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditColor_clicked() {}
 void MainWindow::on_btn_menu_UnmountMedia_clicked() {}
-
-void MainWindow::onRecordAudioTimerExpired() {}
 
 void MainWindow::setSystemDateTime(QString) {}

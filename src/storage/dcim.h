@@ -65,5 +65,16 @@ QString freeCaptureName(const QString &extension);
 // The folder as the top bar shows it: below DCIM, at most the last 18 characters.
 QString shownFolder(const QString &folder);
 
+// The browser's pages: files to a page, page of a file (from 1), number of pages (1 for an empty folder).
+inline constexpr int kFilesOnPage = 12;
+inline int pageOf(int fileIndex)
+{
+    return fileIndex / kFilesOnPage + 1;
+}
+inline int pageCount(int files)
+{
+    return (files - 1) / kFilesOnPage + 1;
+}
+
 // The unit path of a file in the current folder.
 QString inCurrentFolder(const QString &fileName);

@@ -1,0 +1,314 @@
+// The browser: pages of twelve thumbnails, and one selected file at full size.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "app/graphics.h"
+#include "film/firstframe.h"
+#include "film/thumbnail.h"
+#include "media/gst_audioplayback.h"
+#include "media/gst_videoinput.h"
+#include "media/gst_videoplayback.h"
+#include "platform/unit.h"
+#include "settings/params.h"
+#include "storage/capturefiles.h"
+#include "storage/dcim.h"
+#include "storage/eventlog.h"
+
+#include <QTimer>
+
+namespace {
+
+constexpr QRect kFilmPlace(80, 24, 720, 576);
+constexpr QRect kPicturePlace(80, 0, 720, 600); // with the brand band
+constexpr int kShownCharacters = 18;
+
+QString hostPathInFolder(const QString &fileName)
+{
+    return unit::path(inCurrentFolder(fileName));
+}
+
+// The small picture of a file with its mark; a file that cannot be read is shown as such.
+QImage thumbnailOf(const sSnakeFileInfo &file)
+{
+    const QString path = hostPathInFolder(file.fileName);
+    const QImage picture =
+        file.isVideo ? filmThumbnail(path, hostPathInFolder(capturefiles::storedThumbnailOf(file.fileName)))
+                     : pictureThumbnail(path);
+    if (picture.isNull()) {
+        const QImage error(graphic("popup_image_error.png"));
+        return file.isVideo ? error : error.scaledToWidth(kThumbnailWidth);
+    }
+    if (file.isVideo)
+        return withMark(picture, QImage(graphic("file_avi.png")));
+    return file.annotated ? withMark(picture, QImage(graphic("file_wav.png"))) : picture;
+}
+
+} // namespace
+
+void MainWindow::enterEnterPlaybackThumbnails()
+{
+    emit BusyIndicator(true);
+    gst_EndVideoInputPipeline();
+    imageTimer->stop();
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    g_SavedFSInfo.currThumbnailPage = 1;
+    g_SavedFSInfo.NumberOfThumbnailPages = qint16(pageCount(g_SavedFSInfo.nFilescurrRootDirectory));
+    g_selectedItemFileIndex = 0;
+    for (QWidget *widget :
+         std::initializer_list<QWidget *>{ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
+                                          ui->gv_MainView, ui->lbl_DamageCatelogText})
+        widget->hide();
+    if (g_SavedFSInfo.nFilescurrRootDirectory == 0) {
+        ChangeMainState(eStatePlaybackNothingSaved);
+        return;
+    }
+    setUpThumbnailList();
+    ChangeMainState(eStatePlaybackThumbnailsSelectable);
+}
+
+void MainWindow::setUpThumbnailList()
+{
+    QListWidget &list = *ui->listW_ThumbnailViewer;
+    list.setViewMode(QListView::IconMode);
+    list.setMovement(QListView::Static);
+    list.setResizeMode(QListView::Fixed);
+    list.setFrameShape(QFrame::NoFrame);
+    list.setFrameShadow(QFrame::Plain);
+    list.setUniformItemSizes(true);
+    list.setAutoScroll(false);
+    list.setGridSize({144, 112});
+    list.setGeometry(70, 120, 580, 336);
+    list.setIconSize({128, 96});
+    QFont names = list.font();
+    names.setPixelSize(11); // what a row has left below its icon
+    list.setFont(names);
+}
+
+void MainWindow::enterPlaybackThumbnailsPreviousPage()
+{
+    turnPage(-1);
+}
+
+void MainWindow::enterPlaybackThumbnailsNextPage()
+{
+    turnPage(+1);
+}
+
+// Beyond the first and last page nothing turns and nothing is logged; the page is drawn again.
+void MainWindow::turnPage(int step)
+{
+    emit BusyIndicator(true);
+    const int wanted = g_SavedFSInfo.currThumbnailPage + step;
+    if (wanted >= 1 && wanted <= g_SavedFSInfo.NumberOfThumbnailPages) {
+        UpdateEventLog(step > 0 ? eEventNextThumbnailPage : eEventPrevThumbnailPage,
+                       step > 0 ? QStringLiteral("Next thumbnail page button clicked")
+                                : QStringLiteral("Previous thumbnail page button clicked"));
+        g_SavedFSInfo.currThumbnailPage = qint16(wanted);
+    }
+    ChangeMainState(eStatePlaybackThumbnailsSelectable);
+}
+
+void MainWindow::enterPlaybackThumbnailsSelectable()
+{
+    genericDelayTimer->stop();
+    imageTimer->stop();
+    ui->labelInputVideo->hide();
+    ui->pb_PlaybackIndicator->hide();
+    hideFileButtons();
+    showLiveTopBar(true);
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->frm_ThumbnailViewer, ui->listW_ThumbnailViewer, ui->frm_ThumbnailMenuButtons_left,
+             ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage, ui->btn_menu_ThumbnailBack,
+             ui->lbl_CurrentFilenameandPath})
+        widget->show();
+    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
+    ui->btn_menu_ThumbnailBack->setEnabled(true);
+    ui->btn_menu_ThumbnailNextPage->setEnabled(g_SavedFSInfo.currThumbnailPage <
+                                               g_SavedFSInfo.NumberOfThumbnailPages);
+    ui->btn_menu_ThumbnailPreviousPage->setEnabled(g_SavedFSInfo.currThumbnailPage > 1);
+    DisplayThumbnails();
+    emit BusyIndicator(false);
+}
+
+void MainWindow::DisplayThumbnails()
+{
+    QListWidget &list = *ui->listW_ThumbnailViewer;
+    while (list.count() > 0)
+        list.takeItem(0); // the items stay ours
+    const int first = (g_SavedFSInfo.currThumbnailPage - 1) * kFilesOnPage;
+    const int end = std::min<int>(first + kFilesOnPage, g_SavedFSInfo.nFilescurrRootDirectory);
+    for (int index = first; index < end; ++index) {
+        const sSnakeFileInfo &file = g_FileListing[size_t(index)];
+        QListWidgetItem &item = g_ListItemArray[size_t(index - first)];
+        item.setIcon(QIcon(QPixmap::fromImage(thumbnailOf(file))));
+        item.setData(Qt::UserRole, index);
+        item.setText(file.fileName);
+        ui->lbl_CurrentFilenameandPath->setText(QStringLiteral("%1/%2")
+                                                    .arg(g_SavedFSInfo.currThumbnailPage)
+                                                    .arg(g_SavedFSInfo.NumberOfThumbnailPages));
+        list.addItem(&item);
+    }
+    list.setCurrentItem(nullptr);
+}
+
+bool MainWindow::getThumbnailImage(const QString &path)
+{
+    const QImage frame = firstFrameOfFilm(unit::path(path));
+    if (frame.isNull())
+        return false;
+    tmpQimage = frame.scaledToWidth(kThumbnailWidth);
+    return true;
+}
+
+void MainWindow::enterPlaybackPreviousSelectedThumbnail()
+{
+    selectNeighbour(-1, eEventPrevThumbnail, "Previous thumbnail button clicked");
+}
+
+void MainWindow::enterPlaybackNextSelectedThumbnail()
+{
+    selectNeighbour(+1, eEventNextThumbnail, "Next thumbnail button clicked");
+}
+
+void MainWindow::selectNeighbour(int step, eEventLogOperation operation, const char *text)
+{
+    const int wanted = g_selectedItemFileIndex + step;
+    if (wanted < 0 || wanted >= g_SavedFSInfo.nFilescurrRootDirectory) {
+        restoreMainState(g_prevMainState); // nothing happened: what played or waited goes on
+        return;
+    }
+    g_selectedItemFileIndex = wanted;
+    g_SavedFSInfo.currThumbnailPage = qint16(pageOf(wanted));
+    UpdateEventLog(operation, QString::fromLatin1(text));
+    displaySelectedThumbnail();
+}
+
+void MainWindow::displaySelectedThumbnail()
+{
+    if (g_selectedItemFileIndex >= g_SavedFSInfo.nFilescurrRootDirectory) {
+        ChangeMainState(eStatePlaybackNothingSaved);
+        return;
+    }
+    showSelectedFileScreen();
+    stopPlayback();
+    const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
+    g_SavedFSInfo.currSelectedFile = file.fileName;
+    g_SavedFSInfo.currSelectedAudioFile = capturefiles::noteOf(file.fileName);
+    const QString shown = g_SavedFSInfo.currRootDirectory.mid(kDcimFolder.size()) + QLatin1Char('/') +
+                          g_SavedFSInfo.currSelectedFile;
+    ui->lbl_CurrentFilenameandPath->setText(QLatin1String("...") + shown.right(kShownCharacters));
+    if (file.isVideo)
+        displaySelectedFilm();
+    else
+        displaySelectedPicture();
+}
+
+void MainWindow::showSelectedFileScreen()
+{
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->listW_ThumbnailViewer, ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage,
+             ui->frm_ThumbnailViewer, ui->pb_PlaybackIndicator, ui->btn_menu_ThumbnailDeleteAudio,
+             ui->frm_VideoLengthIndicator})
+        widget->hide();
+    showLiveTopBar(false);
+    ui->pb_PlaybackIndicator->setValue(0);
+    ui->btn_menu_ThumbnailNext->setIcon(QIcon(graphic("btn_next_thumbnail.png"))); // the form has the page's
+    for (QWidget *widget :
+         std::initializer_list<QWidget *>{ui->frm_ThumbnailMenuButtons_left, ui->labelInputVideo,
+                                          ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious,
+                                          ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailFileRename,
+                                          ui->btn_menu_ThumbnailEditImage, ui->lbl_CurrentFilenameandPath})
+        widget->show();
+    setPlaybackButtonsEnabled(true);
+}
+
+void MainWindow::placePicture(const QRect &place)
+{
+    ui->labelInputVideo->setGeometry(place);
+    ui->gv_MainView->setGeometry(place);
+}
+
+void MainWindow::displaySelectedFilm()
+{
+    const QImage frame = firstFrameOfFilm(hostPathInFolder(g_SavedFSInfo.currSelectedFile));
+    if (!frame.isNull())
+        tmpQimage = frame;
+    // A film that cannot be read keeps the picture shown before it.
+    placePicture(kFilmPlace);
+    ui->labelInputVideo->setPixmap(QPixmap::fromImage(tmpQimage));
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailVideoPlayPause->show();
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->hide();
+    gst_QueueVideoFilePipeline();
+    ChangeMainState(eStatePlaybackMovieQueued);
+}
+
+void MainWindow::displaySelectedPicture()
+{
+    placePicture(kPicturePlace);
+    const QPixmap picture(hostPathInFolder(g_SavedFSInfo.currSelectedFile));
+    ui->labelInputVideo->setPixmap(picture.isNull() ? QPixmap(graphic("popup_image_error.png")) : picture);
+    ui->btn_menu_ThumbnailEditImage->setEnabled(!picture.isNull());
+    ui->btn_menu_ThumbnailVideoPlayPause->hide();
+    showNoteButtons();
+    ChangeMainState(eStatePlaybackSnapshot);
+}
+
+void MainWindow::hideFileButtons()
+{
+    for (QWidget *widget : {ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious,
+                            ui->btn_menu_ThumbnailVideoPlayPause, ui->btn_menu_ThumbnailDeleteImage,
+                            ui->btn_menu_ThumbnailAnnotateRecordPlayPause, ui->btn_menu_ThumbnailDeleteAudio,
+                            ui->btn_menu_ThumbnailEditImage, ui->btn_menu_ThumbnailFileRename})
+        widget->hide();
+}
+
+// What the top bar tells about live view gives way to the progress bar. The invisible button over the cable
+// length goes with it: nobody zeroes a meter that is not shown.
+void MainWindow::showLiveTopBar(bool shown)
+{
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->lbl_LEDLevel, ui->lbl_LEDLevelIndicator, ui->lbl_ZoomLevel, ui->lbl_ZoomLevelIndicator,
+             ui->lbl_WiFiIndicator, ui->lbl_BatteryIndicator, ui->lbl_CableLengthIndicator,
+             ui->lbl_CableLength, ui->btn_tools_Reset_Meter_Counter})
+        widget->setVisible(shown);
+}
+
+void MainWindow::enterPlaybackNothingSaved()
+{
+    genericDelayTimer->stop();
+    imageTimer->stop();
+    recordAudioTimer->stop();
+    hideFileButtons();
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->frm_ThumbnailViewer, ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage,
+             ui->frm_ThumbnailImageEditButtons, ui->gv_MainView, ui->lbl_CurrentFilenameandPath,
+             ui->pb_PlaybackIndicator, ui->frm_VideoLengthIndicator})
+        widget->hide();
+    ui->pb_PlaybackIndicator->setValue(0);
+    ui->lbl_CurrentFilenameandPath->clear();
+    placePicture(kFilmPlace);
+    ui->labelInputVideo->setPixmap(QPixmap(graphic("no_pictures_bg.png")));
+    ui->labelInputVideo->show();
+    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
+    ui->frm_ThumbnailMenuButtons_left->show();
+    ui->btn_menu_ThumbnailBack->setEnabled(true);
+    emit BusyIndicator(false);
+}
+
+void MainWindow::leaveBrowser()
+{
+    emit BusyIndicator(false);
+    for (QWidget *widget : {ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer})
+        widget->hide();
+    placePicture(kFilmPlace);
+    ui->labelInputVideo->hide();
+    ui->frm_LiveMenuButtons_Left->show();
+    ui->btn_menu_Thumbnails->show();
+    showLiveTopBar(true);
+    ui->lbl_DamageCatelogText->show();
+    showCurrentFolder();
+    ChangeMainState(eStateLive);
+    gst_VideoInputPipeline(0);
+    showLivePicture();
+}

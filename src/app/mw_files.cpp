@@ -1,0 +1,126 @@
+// Deleting and renaming the selected file.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "dialogs/keyboardwidget.h"
+#include "platform/command.h"
+#include "settings/params.h"
+#include "storage/capturefiles.h"
+#include "storage/dcim.h"
+#include "storage/inspectionlog.h"
+
+#include <QLoggingCategory>
+
+namespace {
+
+Q_LOGGING_CATEGORY(log, "tubix.app")
+
+// Names of files are typed on the English keyboard, whatever the language.
+const QString kNameKeyboard = QStringLiteral(":/keyboardwidget/keyboard_en.xml");
+
+int indexOf(const QString &fileName)
+{
+    for (int i = 0; i < g_SavedFSInfo.nFilescurrRootDirectory; ++i) {
+        if (g_FileListing[size_t(i)].fileName == fileName)
+            return i;
+    }
+    return -1;
+}
+
+} // namespace
+
+void MainWindow::enterFileDeleteImage()
+{
+    stopPlayback();
+    DeleteFile(true, true);
+    if (g_MainState == eStateFileDeleteImage) // no card event came while the question stood
+        displaySelectedThumbnail();
+}
+
+void MainWindow::enterFileDeleteAudio()
+{
+    stopPlayback();
+    DeleteFile(false, true);
+    if (g_MainState == eStateFileDeleteAudio)
+        displaySelectedThumbnail();
+}
+
+void MainWindow::enterPlaybackRenameFile()
+{
+    stopPlayback();
+    RenameFile();
+}
+
+void MainWindow::logFileOperation(eLogFileOperation operation, const QString &file, const QString &text)
+{
+    UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount), file, text);
+}
+
+void MainWindow::DeleteFile(bool deletePicture, bool deleteAudio)
+{
+    if (!deletePicture && !deleteAudio) {
+        qCDebug(log) << "No file delete arguments passed to funtion";
+        return;
+    }
+    const eMainStates asked = g_MainState;
+    if (!confirm(deletePicture ? "confirmation_trashcan_picture.png" : "confirmation_trashcan_audio.png") ||
+        g_MainState != asked)
+        return;
+    const QString folder = g_SavedFSInfo.currRootDirectory;
+    const QString file = g_SavedFSInfo.currSelectedFile;
+    if (deletePicture && !capturefiles::remove(folder, file))
+        return; // it is still there, and so is its note
+    if (deleteAudio)
+        capturefiles::removeNote(folder, file);
+    command::run(QStringLiteral("sync"));
+    ReadDirectory(folder);
+    // Always the picture's name, even when only its note went.
+    logFileOperation(eFileDelete, file, QString());
+    if (g_selectedItemFileIndex != 0 && g_selectedItemFileIndex == g_SavedFSInfo.nFilescurrRootDirectory)
+        --g_selectedItemFileIndex;
+    countPages();
+}
+
+void MainWindow::countPages()
+{
+    g_SavedFSInfo.currThumbnailPage = qint16(pageOf(g_selectedItemFileIndex));
+    g_SavedFSInfo.NumberOfThumbnailPages = qint16(pageCount(g_SavedFSInfo.nFilescurrRootDirectory));
+}
+
+void MainWindow::RenameFile()
+{
+    ActivateMSDC(false);
+    const QString file = g_SavedFSInfo.currSelectedFile;
+    keyboardWidget keyboard(capturefiles::baseOf(file), kNameKeyboard, true, this);
+    keyboard.init(this);
+    keyboard.exec();
+    if (g_MainState == eStatePlaybackRenameFile) { // no card event came while the keyboard stood
+        renameSelected(capturefiles::usableName(keyboard.returnableText, capturefiles::extensionOf(file)));
+        displaySelectedThumbnail();
+    }
+    ActivateMSDC(true);
+}
+
+// `name` empty: the user gave none, or one that no file can have.
+void MainWindow::renameSelected(const QString &name)
+{
+    const QString file = g_SavedFSInfo.currSelectedFile;
+    if (name.isEmpty() || name == capturefiles::baseOf(file))
+        return;
+    const bool annotated = g_FileListing[size_t(g_selectedItemFileIndex)].annotated;
+    const QString renamed = name + capturefiles::extensionOf(file);
+    const capturefiles::Renamed done =
+        capturefiles::rename(g_SavedFSInfo.currRootDirectory, file, name, annotated);
+    // The row tells what was asked for, also when the name was taken and both files stay.
+    logFileOperation(eFileRename, file, file + QLatin1String(" -> ") + renamed);
+    if (done.note) {
+        logFileOperation(eFileRename, file,
+                         capturefiles::noteOf(file) + QLatin1String(" -> ") + capturefiles::noteOf(renamed));
+    }
+    command::run(QStringLiteral("sync"));
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    // Files of the same second are ordered by name: the renamed one may have moved.
+    if (const int index = indexOf(done.capture ? renamed : file); index >= 0)
+        g_selectedItemFileIndex = index;
+    countPages();
+}

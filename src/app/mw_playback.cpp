@@ -1,0 +1,165 @@
+// Playing what is selected: films, and the voice notes of pictures.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "app/graphics.h"
+#include "film/filmduration.h"
+#include "media/gst_audioplayback.h"
+#include "media/gst_videoinput.h"
+#include "media/gst_videoplayback.h"
+#include "platform/unit.h"
+#include "storage/dcim.h"
+
+#include <QFile>
+#include <QTimer>
+
+namespace {
+
+bool isOver(eGstreamerState state)
+{
+    return state == eGSTStateReady || state == eGSTStateError;
+}
+
+bool isRunning(eGstreamerState state)
+{
+    return state == eGSTStatePlaying || state == eGSTStatePaused;
+}
+
+} // namespace
+
+// The buttons that must not act on a file that plays.
+void MainWindow::setPlaybackButtonsEnabled(bool enabled)
+{
+    for (QWidget *button : {ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailFileRename,
+                            ui->btn_menu_ThumbnailEditImage})
+        button->setEnabled(enabled);
+}
+
+void MainWindow::stopPlayback()
+{
+    const bool usedCard =
+        isRunning(g_GstreamerVideoPlaybackPipelineState) || isRunning(g_GstreamerAudioPlaybackPipelineState);
+    gst_StopVideoFilePipeline();
+    gst_StopAudioPlaybacking();
+    imageTimer->stop();
+    ui->pb_PlaybackIndicator->hide();
+    setPlaybackButtonsEnabled(true);
+    if (usedCard)
+        ActivateMSDC(true);
+}
+
+void MainWindow::showProgress(int percent)
+{
+    ui->pb_PlaybackIndicator->setValue(percent);
+    ui->pb_PlaybackIndicator->show();
+}
+
+void MainWindow::endProgress()
+{
+    imageTimer->stop();
+    ui->pb_PlaybackIndicator->setValue(0);
+    ui->pb_PlaybackIndicator->hide();
+    startPostGstreamerPlayTimer();
+    ActivateMSDC(true);
+}
+
+void MainWindow::enterPlaybackMovieQueued()
+{
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    setPlaybackButtonsEnabled(true);
+}
+
+void MainWindow::enterPlaybackMoviePlaying()
+{
+    ActivateMSDC(false);
+    const QString path = inCurrentFolder(g_SavedFSInfo.currSelectedFile);
+    gst_VideoPlayback(QFile::encodeName(unit::path(path)).constData(), filmDuration(path));
+    showProgress(0);
+    imageTimer->start();
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_pause.png")));
+    setPlaybackButtonsEnabled(false);
+}
+
+void MainWindow::enterPlaybackMovieResumePlaying()
+{
+    gst_PlayVideoFilePipeline();
+    startPostGstreamerPlayTimer();
+    imageTimer->start();
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_pause.png")));
+    setPlaybackButtonsEnabled(false);
+}
+
+void MainWindow::enterPlaybackMoviePaused()
+{
+    gst_PauseVideoFilePipeline();
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailEditImage->setEnabled(true); // the frame that stands can be marked
+}
+
+void MainWindow::followFilm()
+{
+    if (g_FilmFrameReady) {
+        tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
+        ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
+    }
+    ui->pb_PlaybackIndicator->setValue(g_PercentPlayback);
+    if (!isOver(g_GstreamerVideoPlaybackPipelineState))
+        return;
+    // One that could not be played waits to be tried again.
+    if (g_GstreamerVideoPlaybackPipelineState == eGSTStateError)
+        gst_QueueVideoFilePipeline();
+    endProgress();
+    ChangeMainState(eStatePlaybackMovieQueued);
+}
+
+// The film's pipeline gets its time to go before the next screen; nothing can be touched meanwhile.
+void MainWindow::leaveFilm()
+{
+    stopPlayback();
+    startPostGstreamerPlayTimer();
+    ui->frm_ThumbnailMenuButtons_left->setEnabled(false);
+    setGenericDelayTimer(quint16(kLongestPostPlay - elapsedTimePostGstreamerPlayExpired()));
+    startGenericDelayTimer();
+}
+
+void MainWindow::enterPlaybackSnapshotAudioQueued()
+{
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+}
+
+void MainWindow::enterPlaybackSnapshotAudioPlaying()
+{
+    ActivateMSDC(false);
+    if (g_GstreamerAudioPlaybackPipelineState == eGSTStatePaused) {
+        gst_ResumeAudioPlayback();
+    } else {
+        gst_AudioPlaybackPipeline(
+            QFile::encodeName(unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile))).constData());
+        showProgress(0);
+    }
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_pause.png")));
+    imageTimer->start();
+}
+
+void MainWindow::enterPlaybackSnapshotAudioPaused()
+{
+    gst_PauseAudioPlayback();
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+}
+
+void MainWindow::followNote()
+{
+    ui->pb_PlaybackIndicator->setValue(gst_getCurrentAudioPercentPlayed());
+    if (!isOver(g_GstreamerAudioPlaybackPipelineState))
+        return;
+    g_GstreamerAudioPlaybackPipelineState = eGSTStateReady; // one that failed may be tried again
+    endProgress();
+    ChangeMainState(eStatePlaybackSnapshotAudioQueued);
+}
+
+void MainWindow::leaveNote()
+{
+    stopPlayback();
+    startPostGstreamerPlayTimer();
+    ChangeMainState(eStatePlaybackThumbnailsSelectable);
+}

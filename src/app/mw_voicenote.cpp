@@ -1,0 +1,97 @@
+// Recording the voice note of a picture.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "app/graphics.h"
+#include "app/runningtime.h"
+#include "media/gst_audiorecord.h"
+#include "platform/command.h"
+#include "platform/unit.h"
+#include "settings/params.h"
+#include "storage/dcim.h"
+#include "storage/sdcard.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTimer>
+
+namespace {
+
+constexpr qint64 kWavHeader = 44; // bytes: a file without sound
+
+QString noteFile()
+{
+    return unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile));
+}
+
+} // namespace
+
+// What the note button does, and whether there is a note to delete. A note can be played with the microphone
+// off, too.
+void MainWindow::showNoteButtons()
+{
+    const bool annotated = g_FileListing[size_t(g_selectedItemFileIndex)].annotated;
+    QPushButton *note = ui->btn_menu_ThumbnailAnnotateRecordPlayPause;
+    note->setIcon(QIcon(graphic(annotated ? "btn_play.png" : "btn_capture_active.png")));
+    note->setEnabled(annotated || m_pParams->getParams().bMicrophoneActive);
+    note->show();
+    ui->btn_menu_ThumbnailDeleteAudio->setVisible(annotated);
+}
+
+void MainWindow::setNoteRecordingButtonsEnabled(bool enabled)
+{
+    for (QWidget *button :
+         {ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious, ui->btn_menu_ThumbnailBack,
+          ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailDeleteAudio,
+          ui->btn_menu_ThumbnailFileRename, ui->btn_menu_ThumbnailEditImage})
+        button->setEnabled(enabled);
+}
+
+void MainWindow::enterPlaybackSnapshotRecordingAudio()
+{
+    ActivateMSDC(false);
+    StartAudioRecording(QFile::encodeName(noteFile()).constData());
+    elapsedTime.start();
+    recordAudioTimer->start();
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_stop.png")));
+    ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
+    ui->frm_VideoLengthIndicator->show();
+    setNoteRecordingButtonsEnabled(false);
+    if (g_GstreamerAudioRecordPipelineState != eGSTStateRecordingAudio)
+        ChangeMainState(eStatePlaybackSnapshotTerminateRecordingAudio); // a unit without a microphone
+}
+
+void MainWindow::onRecordAudioTimerExpired()
+{
+    const bool failed = g_GstreamerAudioRecordPipelineState == eGSTStateError;
+    if (g_MainState == eStatePlaybackSnapshotRecordingAudio && (failed || isDiskFull()))
+        ChangeMainState(eStatePlaybackSnapshotTerminateRecordingAudio);
+    ui->lbl_VideoLengthIndicator->setText(runningTimeText(elapsedTime.elapsed()));
+}
+
+void MainWindow::enterPlaybackSnapshotTerminateRecordingAudio()
+{
+    recordAudioTimer->stop();
+    endNoteRecording();
+    if (isDiskFull())
+        confirm("confirmation_disk_full.png");
+    // The card may have been pulled while the question stood.
+    if (g_MainState != eStatePlaybackSnapshotTerminateRecordingAudio)
+        return;
+    ActivateMSDC(true);
+    showNoteButtons();
+    setNoteRecordingButtonsEnabled(true);
+    ChangeMainState(eStatePlaybackSnapshot);
+}
+
+// Closes the file; the picture has its note from now on, so that a second touch plays it.
+void MainWindow::endNoteRecording()
+{
+    gst_StopAudioRecording();
+    command::run(QStringLiteral("sync"));
+    const bool hasSound = QFileInfo(noteFile()).size() > kWavHeader;
+    if (!hasSound)
+        QFile::remove(noteFile());
+    g_FileListing[size_t(g_selectedItemFileIndex)].annotated = hasSound;
+    ui->frm_VideoLengthIndicator->hide();
+}

@@ -1,0 +1,110 @@
+#include "storage/capturefiles.h"
+
+#include "platform/movefile.h"
+#include "platform/unit.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace capturefiles {
+
+namespace {
+
+constexpr qsizetype kNoteExtension = 4; // ".wav"
+constexpr qsizetype kLongestName = 255;
+
+bool isFilm(const QString &fileName)
+{
+    return fileName.contains(QLatin1String(".avi"));
+}
+
+QString in(const QString &folder, const QString &fileName)
+{
+    return folder + QLatin1Char('/') + fileName;
+}
+
+bool isThere(const QString &folder, const QString &fileName)
+{
+    return QFileInfo::exists(unit::path(in(folder, fileName)));
+}
+
+bool hasPictureOfSameName(const QString &folder, const QString &film)
+{
+    for (const char *extension : {".jpg", ".jpeg", ".JPG", ".JPEG"}) {
+        if (isThere(folder, baseOf(film) + QLatin1String(extension)))
+            return true;
+    }
+    return false;
+}
+
+bool isForbidden(QChar character)
+{
+    return character.unicode() < 0x20 || QStringLiteral("/\\:*?\"<>|\x7f").contains(character);
+}
+
+} // namespace
+
+QString baseOf(const QString &fileName)
+{
+    return fileName.left(fileName.lastIndexOf(QLatin1Char('.')));
+}
+
+QString extensionOf(const QString &fileName)
+{
+    return fileName.mid(fileName.lastIndexOf(QLatin1Char('.')));
+}
+
+QString noteOf(const QString &fileName)
+{
+    return baseOf(fileName) + QLatin1String(".wav");
+}
+
+QString storedThumbnailOf(const QString &fileName)
+{
+    return QLatin1String(".thumbs/") + baseOf(fileName) + QLatin1String(".jpg");
+}
+
+bool remove(const QString &folder, const QString &fileName)
+{
+    QFile::remove(unit::path(in(folder, fileName)));
+    const bool gone = !isThere(folder, fileName);
+    if (gone && isFilm(fileName))
+        QFile::remove(unit::path(in(folder, storedThumbnailOf(fileName))));
+    return gone;
+}
+
+void removeNote(const QString &folder, const QString &fileName)
+{
+    if (!isFilm(fileName) || !hasPictureOfSameName(folder, fileName))
+        QFile::remove(unit::path(in(folder, noteOf(fileName))));
+}
+
+QString usableName(const QString &typed, const QString &extension)
+{
+    const QString name = typed.trimmed();
+    const qsizetype bytes = name.toUtf8().size() + std::max(extension.toUtf8().size(), kNoteExtension);
+    const bool usable = !name.isEmpty() && !name.startsWith(QLatin1Char('.')) &&
+                        !name.endsWith(QLatin1Char('.')) && bytes <= kLongestName &&
+                        std::none_of(name.begin(), name.end(), isForbidden);
+    return usable ? name : QString();
+}
+
+Renamed rename(const QString &folder, const QString &fileName, const QString &name, bool withNote)
+{
+    const QString renamed = name + extensionOf(fileName);
+    if (!isFilm(fileName) && isThere(folder, noteOf(renamed)))
+        return {}; // the picture would take over a note that is not its own
+    if (!moveFile(in(folder, fileName), in(folder, renamed)))
+        return {};
+    if (withNote && !moveFile(in(folder, noteOf(fileName)), in(folder, noteOf(renamed)))) {
+        moveFile(in(folder, renamed), in(folder, fileName));
+        return {};
+    }
+    if (isFilm(fileName))
+        moveFile(in(folder, storedThumbnailOf(fileName)), in(folder, storedThumbnailOf(renamed)));
+    return {true, withNote};
+}
+
+} // namespace capturefiles
