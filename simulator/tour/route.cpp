@@ -1,0 +1,94 @@
+#include "route.h"
+
+#include "hand.h"
+
+#include "media/gst_videoinput.h"
+#include "media/gst_videoplayback.h"
+#include "settings/params.h"
+
+namespace {
+
+void live(Hand &hand)
+{
+    hand.waitFor("the camera picture", [] { return bool(g_InputFrameReady); });
+    hand.waitFor("the card", [] { return params::getInstance()->getParams().MSDC_ModuleInstalled; });
+    hand.unit({QStringLiteral("meter"), QStringLiteral("4.25")});
+    for (int i = 0; i < 4; ++i)
+        hand.touch("btn_menu_LED_plus");
+    hand.look("live");
+    for (int i = 0; i < 3; ++i)
+        hand.touch("btn_menu_zoom_plus");
+    hand.look("zoom");
+    for (int i = 0; i < 3; ++i)
+        hand.touch("btn_menu_zoom_minus");
+}
+
+// Stills along the pipe, each with the picture that the screen shows of it.
+void stills(Hand &hand)
+{
+    for (const char *metres : {"0.80", "2.35", "4.90", "7.15", "9.60"}) {
+        hand.unit({QStringLiteral("meter"), QLatin1String(metres)});
+        hand.pause(600);
+        hand.touch("btn_menu_Capture");
+        hand.waitForScreen("frm_saving_information");
+    }
+    hand.look("captured");
+    hand.waitForScreen("btn_menu_CaptureModeSelect");
+}
+
+void films(Hand &hand)
+{
+    hand.touch("btn_menu_CaptureModeSelect");
+    for (const char *metres : {"3.00", "6.00"}) {
+        hand.unit({QStringLiteral("meter"), QLatin1String(metres)});
+        hand.touch("btn_menu_Capture");
+        hand.pause(4000);
+        hand.look("recording");
+        hand.touch("btn_menu_Capture");
+        hand.waitForScreen("btn_menu_Thumbnails");
+    }
+    hand.touch("btn_menu_CaptureModeSelect");
+}
+
+void browser(Hand &hand)
+{
+    hand.touch("btn_menu_Thumbnails");
+    hand.waitForScreen("listW_ThumbnailViewer");
+    hand.touchItem("listW_ThumbnailViewer", 1);
+    hand.waitForScreen("btn_menu_ThumbnailAnnotateRecordPlayPause");
+    hand.touch("btn_menu_ThumbnailAnnotateRecordPlayPause");
+    hand.pause(3200);
+    hand.look("voice-note");
+    hand.touch("btn_menu_ThumbnailAnnotateRecordPlayPause");
+    hand.waitForScreen("btn_menu_ThumbnailDeleteAudio");
+    hand.look("picture");
+    hand.touch("btn_menu_ThumbnailFileRename");
+    hand.waitForScreen("gridLayoutWidget");
+    hand.look("rename");
+    hand.touch("btn_Cancel");
+    hand.touch("btn_menu_ThumbnailDeleteImage");
+    hand.waitForScreen("btn_Confirm");
+    hand.look("delete");
+    hand.touch("btn_Cancel");
+    hand.touch("btn_menu_ThumbnailBack");
+    hand.waitForScreen("listW_ThumbnailViewer");
+    hand.look("thumbnails");
+    hand.touchItem("listW_ThumbnailViewer", 5);
+    hand.touch("btn_menu_ThumbnailVideoPlayPause");
+    hand.waitFor("the film", [] { return g_PercentPlayback > 40; });
+    hand.look("film");
+    hand.touch("btn_menu_ThumbnailBack");
+    hand.waitForScreen("listW_ThumbnailViewer");
+    hand.touch("btn_menu_ThumbnailBack");
+    hand.waitForScreen("btn_menu_Capture");
+}
+
+} // namespace
+
+void goThroughTheScreens(Hand &hand)
+{
+    live(hand);
+    stills(hand);
+    films(hand);
+    browser(hand);
+}
