@@ -57,6 +57,7 @@ signals:
     void BusyIndicator(bool on);
     void ProcessSystemShutdown();
     void SDCardRemoved();
+    void RecordingEnds(); // before the film is closed, unless its card was pulled
 
 public slots:
     void onProcessSystemShutdown();               // mw_system.cpp
@@ -72,8 +73,9 @@ public slots:
     void onLogfileChanged(const QString &path);   // mw_system.cpp
     void onDirectoryChanged(const QString &path); // mw_system.cpp
 
-    // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp, the others in
-    // buttonrouting.cpp (those whose screens are not built: openslots.cpp).
+    // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp, the damage
+    // catalog in mw_damagecatelog.cpp, the others in buttonrouting.cpp (those whose screens are not built:
+    // openslots.cpp).
     void on_btn_menu_CaptureModeSelect_clicked();
     void on_btn_menu_Tools_clicked();
     void on_btn_menu_BackButton_clicked();
@@ -171,6 +173,9 @@ private:
     void saveFilmThumbnail();
     void showRecordingEnded();
     void endRecordingWithoutCard();
+
+    // --- mw_damagecatelog.cpp: findings noted in the live picture ---
+    void noteDamage(const QString &description); // empty: takes the shown one off
 
     // --- buttonrouting.cpp ---
     void route(eEventLogOperation operation, const char *text, eMainStates next); // log, then change

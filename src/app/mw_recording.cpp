@@ -60,6 +60,7 @@ void MainWindow::followRecording()
 
 void MainWindow::enterLiveTerminateSavingMovie()
 {
+    emit RecordingEnds();
     emit BusyIndicator(true);
     g_gst_VideoPipelineMode = eGSTStateLiveVideo;
     // Waited for: what comes now reads the closed film.

@@ -5,7 +5,6 @@
 void MainWindow::on_btn_menu_Tools_clicked() {}
 void MainWindow::on_btn_menu_BackButton_clicked() {}
 void MainWindow::on_btn_menu_FolderOptions_clicked() {}
-void MainWindow::on_btn_DamageCatelog_clicked() {}
 void MainWindow::on_btn_tools_SetDate_clicked() {}
 void MainWindow::on_btn_tools_SetTime_clicked() {}
 void MainWindow::on_btn_tools_DateTimeStamp_clicked() {}

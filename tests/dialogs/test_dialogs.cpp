@@ -1,10 +1,17 @@
+#include "testunit.h"
+
+#include "dialogs/damagecatelog.h"
 #include "dialogs/keyboardlayout.h"
 #include "dialogs/keyboardwidget.h"
+#include "settings/damagecatelogfile.h"
+#include "settings/params.h"
 
 #include <QApplication>
 #include <QBuffer>
 #include <QClipboard>
 #include <QDir>
+#include <QFileInfo>
+#include <QListWidget>
 #include <QPushButton>
 #include <QTest>
 #include <QTextEdit>
@@ -63,6 +70,43 @@ public:
     Owner owner;
     keyboardWidget dialog;
 };
+
+const QString kCatalog = u"/home/root/tubix4_app/damagecatelog/damagecat_en.txt"_s;
+
+// Acts on the dialog that opens next, as soon as it is open.
+template <typename Dialog, typename Act> void whenOpen(Act act)
+{
+    auto *poll = new QTimer(qApp);
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, act] {
+        if (auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget())) {
+            delete poll;
+            act(dialog);
+        }
+    });
+    poll->start(1);
+}
+
+void touch(const QWidget *dialog, const char *button)
+{
+    QTest::mouseClick(dialog->findChild<QPushButton *>(QString::fromLatin1(button)), Qt::LeftButton);
+}
+
+QStringList shown(const DamageCatelog &catalog)
+{
+    QStringList texts;
+    const auto *list = catalog.findChild<QListWidget *>();
+    for (int i = 0; i < list->count(); ++i)
+        texts << list->item(i)->text();
+    return texts;
+}
+
+void touchEntry(const DamageCatelog &catalog, int row)
+{
+    auto *list = catalog.findChild<QListWidget *>();
+    list->scrollToItem(list->item(row));
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->item(row)).center());
+    QTRY_COMPARE(list->currentRow(), row);
+}
 
 } // namespace
 
@@ -274,6 +318,173 @@ private slots:
         const Keyboard keyboard(QString(), false, u":/keyboardwidget/keyboard_.xml"_s);
         keyboard.touch({0});
         QCOMPARE(keyboard.field()->toPlainText(), u"q"_s);
+    }
+
+    void anEntryIsAdded_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("trimmed") << QByteArray("Crack \n") << u"  Wurzeln \t"_s
+                                 << QByteArray("Crack \nWurzeln\n");
+        QTest::newRow("after a line without end")
+            << QByteArray("Crack") << u"Вода"_s << QByteArray("CrackВода\n");
+        QTest::newRow("empty") << QByteArray("Crack\n") << u"  "_s << QByteArray("Crack\n\n");
+        QTest::newRow("into no file") << QByteArray() << u"Crack"_s << QByteArray("Crack\n");
+    }
+    void anEntryIsAdded()
+    {
+        QFETCH(const QByteArray, before);
+        QFETCH(const QString, entry);
+        const TestUnit folder({QFileInfo(kCatalog).path()});
+        if (!before.isEmpty())
+            folder.put(kCatalog, before);
+        QVERIFY(damagecatelog::append(kCatalog, entry));
+        QTEST(folder.content(kCatalog), "after");
+    }
+
+    void anEntryIsCutOut_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("first") << QByteArray("a\nb\n") << u"a"_s << QByteArray("b\n");
+        QTest::newRow("last, without line end") << QByteArray("a\nb") << u"b"_s << QByteArray("a\n");
+        QTest::newRow("its blank with it") << QByteArray("a \nb\n") << u"a "_s << QByteArray("b\n");
+        QTest::newRow("inside an earlier line") // that one is cut, with the character after it
+            << QByteArray("Pipe crack, é\ncrack\n") << u"crack"_s << QByteArray("Pipe  é\ncrack\n");
+        QTest::newRow("a letter of two bytes follows")
+            << QByteArray("abé\nab\n") << u"ab"_s << QByteArray("\nab\n");
+        QTest::newRow("from a desk computer") << QByteArray("a\r\nb\r\n") << u"a"_s << QByteArray("b\n");
+    }
+    void anEntryIsCutOut()
+    {
+        QFETCH(const QByteArray, before);
+        QFETCH(const QString, entry);
+        const TestUnit folder({QFileInfo(kCatalog).path()});
+        folder.put(kCatalog, before);
+        QVERIFY(!damagecatelog::removeFirst(kCatalog, u"A"_s));
+        QVERIFY(damagecatelog::removeFirst(kCatalog, entry));
+        QTEST(folder.content(kCatalog), "after");
+    }
+
+    void whatCannotBeReadIsNeverReplaced()
+    {
+        const TestUnit folder({kCatalog}); // a folder of that name cannot be opened
+        QString error;
+        QVERIFY(!damagecatelog::entries(kCatalog, &error));
+        QVERIFY(!error.isEmpty());
+        QVERIFY(!damagecatelog::append(kCatalog, u"Crack"_s));
+        QVERIFY(!damagecatelog::removeFirst(kCatalog, u"Crack"_s));
+        QVERIFY(!restoreFactoryCatelog(eEnglish));
+        QVERIFY(QFileInfo(unit::path(kCatalog)).isDir());
+        const TestUnit nothing((QStringList()));
+        QVERIFY(!damagecatelog::append(kCatalog, u"Crack"_s));
+    }
+
+    void theFactoryCatalogComesBack()
+    {
+        const TestUnit folder({QFileInfo(kCatalog).path()});
+        for (int language = 0; language < eTheEnd; ++language) {
+            const QString abbreviation = languageAbbreviation(eLanguages(language));
+            const QString file = damageCatelogFile(abbreviation);
+            const bool resets = language < eTurkish;
+            folder.put(file, "mine\n");
+            QCOMPARE(restoreFactoryCatelog(language), resets);
+            QCOMPARE(damagecatelog::resetName(language).isEmpty(), !resets);
+            QCOMPARE(damagecatelog::entries(file)->size(), resets ? 15 : 1);
+        }
+        QVERIFY(!restoreFactoryCatelog(eTheEnd));
+        QCOMPARE(damagecatelog::entries(kCatalog)->at(4), u"Leaking pipe or collar connector "_s);
+        QCOMPARE(damagecatelog::resetName(eJapanese), u"Japanese"_s);
+    }
+
+    void aCatalogAnswers_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<QByteArray>("button");
+        QTest::addColumn<bool>("act");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("confirm") << 1 << QByteArray("Confirm") << true << u"b "_s;
+        QTest::newRow("confirm nothing") << -1 << QByteArray("Confirm") << false << QString();
+        QTest::newRow("cancel") << 1 << QByteArray("Cancel") << false << QString();
+        QTest::newRow("take it off") << 1 << QByteArray("RemovedDamageNotation") << true << QString();
+    }
+    void aCatalogAnswers()
+    {
+        QFETCH(const int, row);
+        QFETCH(const QByteArray, button);
+        const TestUnit folder({QFileInfo(kCatalog).path()});
+        params::resetForTests();
+        folder.put(kCatalog, "a\n\nb \n");
+        DamageCatelog catalog(nullptr);
+        catalog.init();
+        whenOpen<DamageCatelog>([&](DamageCatelog *open) {
+            if (row >= 0)
+                touchEntry(*open, row);
+            touch(open, "btn_DamageCatelog_" + button);
+        });
+        catalog.exec();
+        QTEST(catalog.returnValue, "act");
+        QTEST(catalog.returnDamageDescription, "text");
+    }
+
+    void theUserWritesTheCatalog()
+    {
+        const TestUnit folder({QFileInfo(kCatalog).path()});
+        params::resetForTests();
+        DamageCatelog catalog(nullptr);
+        catalog.init();
+        catalog.show();
+        auto *erase = catalog.findChild<QPushButton *>(u"btn_DamageCatelog_DeleteItem"_s);
+        const auto add = [&](std::initializer_list<const char *> keys) {
+            whenOpen<keyboardWidget>([keys](keyboardWidget *keyboard) {
+                for (const char *key : keys)
+                    touch(keyboard, key);
+            });
+            touch(&catalog, "btn_DamageCatelog_AddItem");
+        };
+        add({"key0", "key32"}); // q, done: the file is made
+        add({"key1", "btn_Cancel"});
+        add({"key32"});
+        add({"key1", "key2", "key32"});
+        QCOMPARE(shown(catalog), QStringList({u"q"_s, u"we"_s}));
+        QCOMPARE(folder.content(kCatalog), QByteArray("q\n\nwe\n"));
+        QVERIFY(!erase->isEnabled());
+        for (const char *answer : {"btn_Cancel", "btn_Confirm"}) {
+            touchEntry(catalog, 0);
+            QVERIFY(erase->isEnabled());
+            whenOpen<QDialog>([answer](QDialog *box) { touch(box, answer); });
+            touch(&catalog, "btn_DamageCatelog_DeleteItem");
+            QVERIFY(!erase->isEnabled());
+        }
+        QCOMPARE(folder.content(kCatalog), QByteArray("\nwe\n"));
+        QCOMPARE(shown(catalog), QStringList({u"we"_s}));
+    }
+
+    void anAbandonedCatalogTakesItsDialogsAlong_data()
+    {
+        QTest::addColumn<QByteArray>("button");
+        QTest::newRow("keyboard") << QByteArray("AddItem");
+        QTest::newRow("question") << QByteArray("DeleteItem");
+    }
+    void anAbandonedCatalogTakesItsDialogsAlong()
+    {
+        QFETCH(const QByteArray, button);
+        const TestUnit folder({QFileInfo(kCatalog).path()});
+        params::resetForTests();
+        folder.put(kCatalog, "a\nb\n");
+        DamageCatelog catalog(nullptr);
+        catalog.init();
+        whenOpen<DamageCatelog>([&](DamageCatelog *open) {
+            touchEntry(*open, 0);
+            QTimer::singleShot(0, open, &DamageCatelog::abandon);
+            touch(open, "btn_DamageCatelog_" + button);
+        });
+        catalog.exec();
+        QVERIFY(!QApplication::activeModalWidget());
+        QVERIFY(!catalog.returnValue);
+        QCOMPARE(folder.content(kCatalog), QByteArray("a\nb\n"));
     }
 };
 

@@ -1,0 +1,33 @@
+// The damage catalog of a language: one entry a line, in a text file on the unit that the user may change.
+// Files are written whole or not at all. GUI thread.
+#pragma once
+
+#include "settings/languages.h"
+
+#include <QStringList>
+
+#include <optional>
+
+namespace damagecatelog {
+
+// The entries in their order, without empty lines; nothing when the file cannot be read, with the reason in
+// `error`.
+std::optional<QStringList> entries(const QString &unitPath, QString *error = nullptr);
+
+// Adds `entry` without the blanks around it, and a line feed, to the end of the file, which is made when it
+// is not there. Where the last line has no line feed, the entry continues it. False when nothing was written.
+bool append(const QString &unitPath, const QString &entry);
+
+// Cuts the first occurrence of `entry`, wherever it stands, and the line feed after it. False when it is not
+// there or the file could not be written.
+bool removeFirst(const QString &unitPath, const QString &entry);
+
+// "English": the language as the event log names it. Empty for the languages that have no reset (Turkish,
+// Hungarian, Chinese).
+QString resetName(int languageIdx);
+
+} // namespace damagecatelog
+
+// Replaces the catalog of the language on the unit by the one that came with the application. False, and
+// nothing changed, for a language without a reset or when it could not be written.
+bool restoreFactoryCatelog(int languageIdx);
