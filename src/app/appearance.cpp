@@ -1,5 +1,7 @@
 #include "app/appearance.h"
 
+#include "media/overlayfont.h"
+
 #include <QApplication>
 #include <QPainter>
 #include <QPalette>
@@ -63,6 +65,7 @@ void fixPixels()
     qunsetenv("QT_STYLE_OVERRIDE");
     qunsetenv("QT_QPA_PLATFORMTHEME");
     QApplication::setDesktopSettingsAware(false);
+    fixOverlayFont();
 }
 
 void fixLook()
