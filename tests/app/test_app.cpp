@@ -176,7 +176,7 @@ private slots:
         screen.touch(40, 485);
         QVERIFY(screen.button("btn_menu_Tools")->isEnabled());
         QTEST(probe(film), "streams");
-        QCOMPARE(QImage(unit::path(inCurrentFolder(u".thumbs/TUBX0001.jpg"_s))).size(), QSize(720, 576));
+        QCOMPARE(QImage(unit::path(inCurrentFolder(u".thumbs/TUBX0001.jpg"_s))).size(), QSize(128, 102));
         const QByteArray log = screen.folder.content(screen.logFile(u".txt"_s));
         QVERIFY(log.indexOf("|-- TUBX0001.avi") < log.indexOf("--| TUBX0001.avi"));
         QVERIFY(log.contains("--| TUBX0001.avi"));
