@@ -223,6 +223,13 @@ void MainWindow::ProcessBackRequest()
     case eStatePlaybackMoviePaused:
         leaveFilm();
         break;
+    case eStatePlaybackEditImage:
+    case eStatePlaybackEditAddCircle:
+    case eStatePlaybackEditAddArrow:
+    case eStatePlaybackEditAddText:
+    case eStatePlaybackEditDeleteItem:
+        leaveEditor();
+        break;
     default:
         break;
     }

@@ -55,6 +55,7 @@ void MainWindow::init()
     gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
 
     hideWhatIsNotLive();
+    createEditorScene();
     ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(settings.LEDIntensityStep));
     nFrame = 0;
     SDCardInfo.statechanged = 1;

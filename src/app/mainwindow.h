@@ -18,6 +18,7 @@
 class QFileSystemWatcher;
 class QModelIndex;
 class QTimer;
+class editorScene;
 class params;
 namespace Ui {
 class MainWindow;
@@ -74,8 +75,8 @@ public slots:
     void onDirectoryChanged(const QString &path); // mw_system.cpp
 
     // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp, the damage
-    // catalog in mw_damagecatelog.cpp, the others in buttonrouting.cpp (those whose screens are not built:
-    // openslots.cpp).
+    // catalog in mw_damagecatelog.cpp, the editor's in mw_editor.cpp, the others in buttonrouting.cpp (those
+    // whose screens are not built: openslots.cpp).
     void on_btn_menu_CaptureModeSelect_clicked();
     void on_btn_menu_Tools_clicked();
     void on_btn_menu_BackButton_clicked();
@@ -162,7 +163,7 @@ private:
     void savePicture();
     void logCapture(eLogFileOperation operation); // currFileName, at the meter count
     void showCurrentFolder();
-    bool confirm(const char *picture); // asks with a picture; blocks until answered
+    bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
 
     // --- mw_recording.cpp: films ---
     void enterLiveSavingMovieQueued();
@@ -176,6 +177,22 @@ private:
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
     void noteDamage(const QString &description); // empty: takes the shown one off
+
+    // --- mw_editor.cpp: the picture editor ---
+    void createEditorScene();
+    void enterPlaybackEditImage();
+    void enterPlaybackEditAddCircle();
+    void enterPlaybackEditAddArrow();
+    void enterPlaybackEditAddText();
+    void enterPlaybackEditColor();
+    void enterPlaybackEditDeleteItem();
+    void enterPlaybackEditSaveImage();
+    void enterPlaybackEditSaveImageExit();
+    void showTool(int mode);       // an eMode: its button's picture active, the others not
+    void setEditing(bool enabled); // off while the pop-up of a save is shown
+    bool saveEditedImage();        // false: nothing was written, the drawing stays
+    void leaveEditor();            // asks for unsaved edits, then back to the file
+    void closeEditor();            // at once, whatever is in it; nothing to do when it is not open
 
     // --- buttonrouting.cpp ---
     void route(eEventLogOperation operation, const char *text, eMainStates next); // log, then change
@@ -249,6 +266,8 @@ private:
     void updateMainMenuSDCardInfo();
 
     std::unique_ptr<Ui::MainWindow> ui;
+    editorScene *mainScene = nullptr; // child of the window
+    QString m_editedName;             // of the picture that the pop-up tells; empty: named when it is written
     QTimer *imageTimer = nullptr;
     QTimer *systemCheckTimer = nullptr;
     QTimer *popUpTimer = nullptr;

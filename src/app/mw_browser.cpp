@@ -3,6 +3,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "dialogs/editorscene.h"
 #include "film/firstframe.h"
 #include "film/thumbnail.h"
 #include "media/gst_audioplayback.h"
@@ -226,6 +227,7 @@ void MainWindow::placePicture(const QRect &place)
 {
     ui->labelInputVideo->setGeometry(place);
     ui->gv_MainView->setGeometry(place);
+    mainScene->setSceneRect(QRect(QPoint(), place.size()));
 }
 
 void MainWindow::displaySelectedFilm()
@@ -279,11 +281,11 @@ void MainWindow::enterPlaybackNothingSaved()
     genericDelayTimer->stop();
     imageTimer->stop();
     recordAudioTimer->stop();
+    closeEditor();
     hideFileButtons();
     for (QWidget *widget : std::initializer_list<QWidget *>{
              ui->frm_ThumbnailViewer, ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage,
-             ui->frm_ThumbnailImageEditButtons, ui->gv_MainView, ui->lbl_CurrentFilenameandPath,
-             ui->pb_PlaybackIndicator, ui->frm_VideoLengthIndicator})
+             ui->lbl_CurrentFilenameandPath, ui->pb_PlaybackIndicator, ui->frm_VideoLengthIndicator})
         widget->hide();
     ui->pb_PlaybackIndicator->setValue(0);
     ui->lbl_CurrentFilenameandPath->clear();

@@ -18,15 +18,6 @@ Q_LOGGING_CATEGORY(log, "tubix.app")
 // Names of files are typed on the English keyboard, whatever the language.
 const QString kNameKeyboard = QStringLiteral(":/keyboardwidget/keyboard_en.xml");
 
-int indexOf(const QString &fileName)
-{
-    for (int i = 0; i < g_SavedFSInfo.nFilescurrRootDirectory; ++i) {
-        if (g_FileListing[size_t(i)].fileName == fileName)
-            return i;
-    }
-    return -1;
-}
-
 } // namespace
 
 void MainWindow::enterFileDeleteImage()
@@ -120,7 +111,7 @@ void MainWindow::renameSelected(const QString &name)
     command::run(QStringLiteral("sync"));
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
     // Files of the same second are ordered by name: the renamed one may have moved.
-    if (const int index = indexOf(done.capture ? renamed : file); index >= 0)
+    if (const int index = indexInListing(done.capture ? renamed : file); index >= 0)
         g_selectedItemFileIndex = index;
     countPages();
 }

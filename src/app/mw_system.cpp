@@ -132,7 +132,8 @@ void MainWindow::showCriticalBattery(const char *picture)
     for (QWidget *widget : std::initializer_list<QWidget *>{
              ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
              ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer, ui->frm_ToolsMenuButtons,
-             ui->frm_VideoLengthIndicator, ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath})
+             ui->frm_VideoLengthIndicator, ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath,
+             ui->gv_MainView})
         widget->hide();
     // The next look at the battery comes in 3.2 s: it must not put the end off again and again.
     if (!shutdownTimer->isActive())
@@ -155,6 +156,7 @@ void MainWindow::enterUsbActive()
 {
     gst_SendVideoInputPipelineEOS(true);
     imageTimer->stop();
+    closeEditor();
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
     ui->labelInputVideo->show();
     ui->lbl_CurrentFilenameandPath->hide();

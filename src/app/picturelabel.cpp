@@ -16,6 +16,11 @@ void PictureLabel::setPixmap(const QPixmap &picture)
     update();
 }
 
+QPixmap PictureLabel::shownPicture() const
+{
+    return m_frame.isNull() ? pixmap() : QPixmap::fromImage(m_frame.copy(m_crop));
+}
+
 void PictureLabel::paintEvent(QPaintEvent *event)
 {
     if (m_frame.isNull()) {

@@ -16,6 +16,8 @@ public:
 
     void setPixmap(const QPixmap &picture); // hides QLabel's: a picture replaces the frame
 
+    QPixmap shownPicture() const; // what the label shows now, in its own size
+
 signals:
     void framePainted(); // after every painted camera frame
 

@@ -175,6 +175,30 @@ QString freeCaptureName(const QString &extension)
     return captureName(index, extension);
 }
 
+QString editedName(const QString &fileName, const QTime &time)
+{
+    const qsizetype dot = fileName.lastIndexOf(QLatin1Char('.'));
+    QString extension = fileName.mid(dot);
+    if (extension.compare(QLatin1String(".avi"), Qt::CaseInsensitive) == 0)
+        extension = QStringLiteral(".jpg");
+    return fileName.left(dot) + QLatin1Char('_') + time.toString(QStringLiteral("hhmmss")) + extension;
+}
+
+QString freeEditedName(const QString &fileName, QTime time)
+{
+    while (QFileInfo::exists(unit::path(inCurrentFolder(editedName(fileName, time)))))
+        time = time.addSecs(1);
+    return editedName(fileName, time);
+}
+
+int indexInListing(const QString &fileName)
+{
+    const auto end = g_FileListing.cbegin() + g_SavedFSInfo.nFilescurrRootDirectory;
+    const auto found = std::find_if(g_FileListing.cbegin(), end,
+                                    [&](const sSnakeFileInfo &entry) { return entry.fileName == fileName; });
+    return found == end ? -1 : int(found - g_FileListing.cbegin());
+}
+
 QString shownFolder(const QString &folder)
 {
     return folder.mid(kDcimFolder.size()).right(kShownCharacters);

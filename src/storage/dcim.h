@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <QTime>
 
 #include <array>
 
@@ -61,6 +62,15 @@ QString captureName(int index, const QString &extension);
 // The name for the next capture: moves currDCIMIndex on to the first number whose file does not exist (a
 // number beyond four digits is not found again by the listing).
 QString freeCaptureName(const QString &extension);
+
+// The name of the edited copy of a file: "_hhmmss" before its extension. A film's copy is a picture.
+QString editedName(const QString &fileName, const QTime &time);
+
+// That name for the first second from `time` on of which the current folder has no file yet.
+QString freeEditedName(const QString &fileName, QTime time);
+
+// Where the file stands in g_FileListing; -1: nowhere.
+int indexInListing(const QString &fileName);
 
 // The folder as the top bar shows it: below DCIM, at most the last 18 characters.
 QString shownFolder(const QString &folder);

@@ -36,6 +36,16 @@ QImage compose(const QImage &band, const QImage &frame, const QRect &cutOut, con
     return picture;
 }
 
+QImage underBand(const QImage &band, const QImage &frame)
+{
+    QImage picture(band.size(), QImage::Format_ARGB32);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.drawImage(0, 0, band);
+    painter.drawImage(0, kBandHeight, frame);
+    return picture;
+}
+
 bool save(const QImage &picture, const QString &unitPath)
 {
     QByteArray bytes;

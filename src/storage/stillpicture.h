@@ -18,6 +18,9 @@ struct Texts
 // the part `cutOut` is stretched over the width.
 QImage compose(const QImage &band, const QImage &frame, const QRect &cutOut, const Texts &texts);
 
+// A film's edited frame as a picture of the unit: the band with the frame, 720 x 576, under it; 32 bit.
+QImage underBand(const QImage &band, const QImage &frame);
+
 // Encodes as JPEG and writes it whole or not at all; false on a failure.
 bool save(const QImage &picture, const QString &unitPath);
 

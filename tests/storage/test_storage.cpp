@@ -266,6 +266,30 @@ private slots:
         QVERIFY(!stillpicture::save(picture, u"/media/none/a.jpg"_s));
     }
 
+    void anEditedCopyHasTheTimeInItsName_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("copy");
+        QTest::newRow("picture") << u"TUBX0004.jpg"_s << u"TUBX0004_090705.jpg"_s;
+        QTest::newRow("copy of a copy") << u"TUBX0004_090705.jpg"_s << u"TUBX0004_090705_090705.jpg"_s;
+        QTest::newRow("film") << u"TUBX0003.avi"_s << u"TUBX0003_090705.jpg"_s;
+        QTest::newRow("film, capitals") << u"TUBX0003.AVI"_s << u"TUBX0003_090705.jpg"_s;
+        QTest::newRow("avi in the name") << u"Pavilion v1.2.jpeg"_s << u"Pavilion v1.2_090705.jpeg"_s;
+    }
+    void anEditedCopyHasTheTimeInItsName()
+    {
+        QFETCH(const QString, file);
+        QTEST(editedName(file, QTime(9, 7, 5)), "copy");
+    }
+
+    void aSecondCopyInASecondIsAFileOfItsOwn()
+    {
+        const CardWith card(u"Pavilion.avi"_s);
+        card.put(inCurrentFolder(u"TUBX0004_235959.jpg"_s), "x");
+        card.put(inCurrentFolder(u"TUBX0004_000000.jpg"_s), "x");
+        QCOMPARE(freeEditedName(u"TUBX0004.jpg"_s, QTime(23, 59, 59)), u"TUBX0004_000001.jpg"_s);
+    }
+
     void theKernelTellsTheCard_data()
     {
         QTest::addColumn<QByteArrayList>("lines");

@@ -1,0 +1,272 @@
+// The picture editor: its tools, its states, and what it saves.
+#include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "app/graphics.h"
+#include "dialogs/colorpicker.h"
+#include "dialogs/damagecatelog.h"
+#include "dialogs/editorscene.h"
+#include "media/gst_videoinput.h"
+#include "settings/params.h"
+#include "storage/dcim.h"
+#include "storage/eventlog.h"
+#include "storage/sdcard.h"
+#include "storage/stillpicture.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+constexpr int kSavingShown = 1000; // ms
+
+struct Tool
+{
+    eMode mode;
+    QPushButton *Ui_MainWindow::*button;
+    const char *activePicture;
+};
+constexpr std::array kTools = {
+    Tool{eInsertLine, &Ui_MainWindow::btn_menu_ThumbnailImageEditArrow, "btn_imageedit_add_arrow_active.png"},
+    Tool{eInsertCircle, &Ui_MainWindow::btn_menu_ThumbnailImageEditCircle,
+         "btn_imageedit_add_circle_active.png"},
+    Tool{eInsertText, &Ui_MainWindow::btn_menu_ThumbnailImageEditText, "btn_imageedit_add_text_active.png"}};
+
+} // namespace
+
+void MainWindow::createEditorScene()
+{
+    mainScene = new editorScene(this);
+    mainScene->setSceneRect(0, 0, kFrameWidth, kFrameHeight);
+    mainScene->setColor(m_pParams->getParams().currEditorColor);
+    ui->gv_MainView->setScene(mainScene);
+    ui->gv_MainView->setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    connect(mainScene, &editorScene::ClearPictureEditorButtons, this,
+            &MainWindow::onClearPictureEditorButtons);
+}
+
+void MainWindow::on_btn_menu_ThumbnailEditImage_clicked()
+{
+    if (!g_FileListing[size_t(g_selectedItemFileIndex)].isVideo)
+        stopPlayback(); // a voice note; a film stands at the frame that is to be marked
+    route(eEventThumbnailEditImage, "Thumbnail Edit Image button clicked", eStatePlaybackEditImage);
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditBack_clicked()
+{
+    UpdateEventLog(eEventThumbnailImageEditBack, QStringLiteral("Thumbnail Image Edit Back button clicked"));
+    ProcessBackRequest();
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditArrow_clicked()
+{
+    route(eEventThumbnailImageEditArrow, "Thumbnail Image Edit Arrow button clicked",
+          eStatePlaybackEditAddArrow);
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditCircle_clicked()
+{
+    route(eEventThumbnailImageEditCircle, "Thumbnail Image Edit Circle button clicked",
+          eStatePlaybackEditAddCircle);
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditText_clicked()
+{
+    route(eEventThumbnailImageEditText, "Thumbnail Image Edit Text button clicked",
+          eStatePlaybackEditAddText);
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditColor_clicked()
+{
+    route(eEventThumbnailImageEditColor, "Thumbnail Image Edit Color button clicked",
+          eStatePlaybackEditColor);
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditDeleteItem_clicked()
+{
+    route(eEventThumbnailImageEditDeleteItem, "Thumbnail Image Edit Delete Item button clicked",
+          eStatePlaybackEditDeleteItem);
+}
+
+void MainWindow::on_btn_menu_ThumbnailImageEditSave_clicked()
+{
+    route(eEventThumbnailImageEditSave, "Thumbnail Image Edit Save button clicked",
+          eStatePlaybackEditSaveImage);
+}
+
+void MainWindow::enterPlaybackEditImage()
+{
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer, ui->lbl_CurrentFilenameandPath})
+        widget->hide();
+    mainScene->setPicture(ui->labelInputVideo->shownPicture());
+    ui->gv_MainView->show();
+    ui->frm_ThumbnailImageEditButtons->show();
+}
+
+void MainWindow::showTool(int mode)
+{
+    onClearPictureEditorButtons();
+    for (const Tool &tool : kTools) {
+        if (tool.mode == mode)
+            (*ui.*tool.button)->setIcon(QIcon(graphic(tool.activePicture)));
+    }
+}
+
+void MainWindow::enterPlaybackEditAddArrow()
+{
+    showTool(eInsertLine);
+    mainScene->setMode(eInsertLine);
+}
+
+void MainWindow::enterPlaybackEditAddCircle()
+{
+    showTool(eInsertCircle);
+    mainScene->setMode(eInsertCircle);
+}
+
+void MainWindow::enterPlaybackEditAddText()
+{
+    showTool(eInsertText);
+    mainScene->setMode(eMoveItem); // the tool taken before is laid down, whatever comes
+    const bool wasOffered = m_pParams->getParams().MSDC_ModuleInstalled; // not while a film stands open
+    ActivateMSDC(false);
+    DamageCatelog catalog(this);
+    connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
+    catalog.init();
+    catalog.exec();
+    if (catalog.returnValue && !catalog.returnDamageDescription.isEmpty()) {
+        mainScene->setText(catalog.returnDamageDescription);
+        mainScene->setMode(eInsertText);
+    } else {
+        onClearPictureEditorButtons();
+    }
+    if (wasOffered)
+        ActivateMSDC(true);
+}
+
+void MainWindow::enterPlaybackEditColor()
+{
+    QColor &current = m_pParams->getParams().currEditorColor;
+    onClearPictureEditorButtons();
+    ColorPicker picker(this);
+    connect(this, &MainWindow::SDCardRemoved, &picker, &QDialog::close);
+    picker.setColor(current.isValid() ? current : mainScene->drawingColor());
+    picker.init();
+    picker.exec();
+    current = picker.selectedColor;
+    mainScene->setColor(current);
+    showTool(mainScene->mode()); // the tool taken before is still in the hand
+}
+
+void MainWindow::enterPlaybackEditDeleteItem()
+{
+    mainScene->deleteSelectedItem();
+    if (!mainScene->hasItems())
+        m_pParams->getParams().bPictureEdited = false; // nothing is left that a question could be about
+}
+
+void MainWindow::setEditing(bool enabled)
+{
+    ui->frm_ThumbnailImageEditButtons->setEnabled(enabled);
+    ui->gv_MainView->setInteractive(enabled);
+    ui->frm_saving_information->setVisible(!enabled);
+}
+
+void MainWindow::enterPlaybackEditSaveImage()
+{
+    if (isDiskFull()) {
+        const eMainStates previous = g_prevMainState;
+        confirm("confirmation_disk_full.png");
+        if (g_MainState == eStatePlaybackEditSaveImage)
+            restoreMainState(previous);
+        return;
+    }
+    m_editedName = freeEditedName(g_SavedFSInfo.currSelectedFile, QTime::currentTime());
+    ui->lbl_saving_filename->setText(m_editedName);
+    ui->lbl_saving_thumbnail->setPixmap(QPixmap::fromImage(mainScene->rendered().scaled(
+        ui->lbl_saving_thumbnail->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    setEditing(false);
+    popUpTimer->start(kSavingShown);
+}
+
+void MainWindow::enterPlaybackEditSaveImageExit()
+{
+    if (ui->gv_MainView->isHidden()) {
+        // The pop-up of a still, from which another screen has come in between.
+        ui->frm_saving_information->hide();
+        ui->frm_LiveMenuButtons_Left->setEnabled(true);
+        restoreMainState(g_prevMainState);
+        return;
+    }
+    setEditing(true);
+    if (!saveEditedImage()) {
+        confirm("confirmation_disk_full.png");
+        if (g_MainState == eStatePlaybackEditSaveImageExit)
+            restoreMainState(eStatePlaybackEditImage);
+        return;
+    }
+    m_pParams->getParams().bPictureEdited = false;
+    ChangeMainState(eStatePlaybackEditImage);
+}
+
+bool MainWindow::saveEditedImage()
+{
+    const QString announced = std::exchange(m_editedName, QString());
+    const QString name = announced.isEmpty()
+                             ? freeEditedName(g_SavedFSInfo.currSelectedFile, QTime::currentTime())
+                             : announced;
+    QImage picture = mainScene->rendered();
+    if (g_FileListing[size_t(g_selectedItemFileIndex)].isVideo)
+        picture = stillpicture::underBand(QImage(graphic("quenvale_brand_base_image.png")), picture);
+    if (!stillpicture::save(picture, inCurrentFolder(name)))
+        return false;
+    mainScene->clear();
+    onClearPictureEditorButtons();
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    // The new file is not always the last one: clocks are set back.
+    g_selectedItemFileIndex = std::max(indexInListing(g_SavedFSInfo.currSelectedFile), 0);
+    countPages();
+    return true;
+}
+
+void MainWindow::leaveEditor()
+{
+    bool &isEdited = m_pParams->getParams().bPictureEdited;
+    if (std::exchange(isEdited, false)) {
+        const eMainStates asked = g_MainState;
+        const bool wanted = confirm("confirmation_save_picture.png");
+        if (g_MainState != asked)
+            return; // the card went while the question stood, and the editor with it
+        if (wanted && (isDiskFull() || !saveEditedImage())) {
+            isEdited = true;
+            confirm("confirmation_disk_full.png");
+            return;
+        }
+    }
+    closeEditor();
+    ui->frm_ThumbnailMenuButtons_left->show();
+    ui->labelInputVideo->show();
+    ui->lbl_CurrentFilenameandPath->show();
+    if (g_SavedFSInfo.currSelectedFile.contains(QLatin1String(".avi")))
+        ChangeMainState(eStatePlaybackMoviePaused);
+    else
+        displaySelectedThumbnail();
+}
+
+void MainWindow::closeEditor()
+{
+    if (ui->gv_MainView->isHidden())
+        return;
+    popUpTimer->stop();
+    m_editedName.clear();
+    setEditing(true);
+    ui->frm_ThumbnailImageEditButtons->hide();
+    ui->gv_MainView->hide();
+    mainScene->clear();
+    onClearPictureEditorButtons();
+    m_pParams->getParams().bPictureEdited = false;
+}
