@@ -24,6 +24,7 @@ constexpr int kCaptureShown = 1000; // ms
 bool MainWindow::confirm(const char *picture)
 {
     ConfirmationBox box(QPixmap(graphic(picture)), this);
+    connect(this, &MainWindow::SDCardRemoved, &box, &QDialog::reject);
     box.exec();
     return box.returnStatus;
 }

@@ -155,6 +155,7 @@ void MainWindow::enterUsbActive()
 {
     gst_SendVideoInputPipelineEOS(true);
     imageTimer->stop();
+    hideToolsPage();
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
     ui->labelInputVideo->show();
     ui->lbl_CurrentFilenameandPath->hide();
