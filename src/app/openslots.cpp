@@ -2,7 +2,6 @@
 // them.
 #include "app/mainwindow.h"
 
-void MainWindow::on_btn_menu_FolderOptions_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailEditImage_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditBack_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditArrow_clicked() {}

@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "dialogs/fileexplorer.h"
 #include "hw/i2c.h"
 #include "platform/command.h"
 #include "settings/params.h"
@@ -63,6 +64,24 @@ void MainWindow::on_btn_tools_SetTime_clicked()
 void MainWindow::setSystemDateTime(QString dateTime)
 {
     clocksetting::set(QString(), dateTime);
+}
+
+void MainWindow::on_btn_menu_FolderOptions_clicked()
+{
+    UpdateEventLog(eEventFolderOptions, QStringLiteral("Folder options button clicked"));
+    const CardWithoutHost card(*this);
+    FileExplorer explorer(this);
+    explorer.init(this);
+    explorer.setData(g_SavedFSInfo.currRootDirectory);
+    explorer.exec();
+    // Without a card there is no folder to go to; the next card brings its own.
+    if (explorer.returnableText.isEmpty())
+        return;
+    // A folder that was made and then not chosen is not the current one.
+    if (explorer.returnableText != g_SavedFSInfo.currRootDirectory)
+        CreateDCIMStructure(explorer.returnableText);
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    showCurrentFolder();
 }
 
 void MainWindow::on_btn_tools_Format_Media_clicked()
