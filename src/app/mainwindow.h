@@ -81,8 +81,7 @@ public slots:
 
     // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp and
     // toolsmenu_actions.cpp, the damage catalog in mw_damagecatelog.cpp, the others in buttonrouting.cpp
-    // (those whose screens are not built:
-    // openslots.cpp).
+    // (those whose screens are not built: openslots.cpp).
     void on_btn_menu_CaptureModeSelect_clicked();
     void on_btn_menu_Tools_clicked();
     void on_btn_menu_BackButton_clicked();

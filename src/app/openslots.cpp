@@ -9,6 +9,4 @@ void MainWindow::on_btn_menu_ThumbnailImageEditCircle_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditDeleteItem_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditSave_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditText_clicked() {}
-void MainWindow::on_btn_tools_Reset_Damage_Catelog_clicked() {}
 void MainWindow::on_btn_menu_ThumbnailImageEditColor_clicked() {}
-

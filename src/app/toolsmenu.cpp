@@ -62,14 +62,12 @@ template <typename Widget> void letTouchesThrough(QWidget *page)
 
 void MainWindow::on_btn_menu_Tools_clicked()
 {
-    UpdateEventLog(eEventEnterToolsMenu, QStringLiteral("Enter tools menu"));
-    ChangeMainState(eStateToolsMenu);
+    route(eEventEnterToolsMenu, "Enter tools menu", eStateToolsMenu);
 }
 
 void MainWindow::on_btn_menu_BackButton_clicked()
 {
-    UpdateEventLog(eEventToolsMenuExit, QStringLiteral("Exit tools menu"));
-    ChangeMainState(eStateToolsMenuExit);
+    route(eEventToolsMenuExit, "Exit tools menu", eStateToolsMenuExit);
 }
 
 void MainWindow::enterToolsMenu()

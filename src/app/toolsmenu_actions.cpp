@@ -5,6 +5,7 @@
 #include "dialogs/fileexplorer.h"
 #include "hw/i2c.h"
 #include "platform/command.h"
+#include "settings/damagecatelogfile.h"
 #include "settings/params.h"
 #include "settings/toolscycle.h"
 #include "storage/dcim.h"
@@ -110,6 +111,20 @@ void MainWindow::on_btn_tools_Reset_Meter_Counter_clicked()
     _GlobalSystemSettings &settings = m_pParams->getParams();
     UpdateEventLog(eEventResetMeterCounter, QStringLiteral("Reset meter counter button clicked"));
     settings.MeterOffset = static_cast<quint16>(settings.MeterCount);
+}
+
+// Asked for every language; three of them have no reset.
+void MainWindow::on_btn_tools_Reset_Damage_Catelog_clicked()
+{
+    if (!confirm("confirmation_damgecatelog_reset.png"))
+        return;
+    const int language = m_pParams->getParams().LanguageIdx;
+    const QString name = damagecatelog::resetName(language);
+    if (name.isEmpty())
+        return;
+    UpdateEventLog(eEventResetDamageCatelog,
+                   QStringLiteral("Reset damage catalog button clicked - %1").arg(name));
+    restoreFactoryCatelog(language);
 }
 
 // For units with a mini module. What is attached, and below it what a touch selects.

@@ -4,45 +4,16 @@
 
 namespace {
 
-struct Language
-{
-    const char *abbreviation;
-    const char *englishName;
+constexpr std::array<const char *, eTheEnd> kAbbreviations = {
+    "en", "de", "es", "fr", "it", "nl", "pl", "ru", "fi", "se", "da", "jp", "tr", "hu", "zh",
 };
-
-// In the order of eLanguages.
-constexpr std::array<Language, eTheEnd> kLanguages = {{{"en", "English"},
-                                                       {"de", "German"},
-                                                       {"es", "Spanish"},
-                                                       {"fr", "French"},
-                                                       {"it", "Italian"},
-                                                       {"nl", "Dutch"},
-                                                       {"pl", "Polish"},
-                                                       {"ru", "Russian"},
-                                                       {"fi", "Finnish"},
-                                                       {"se", "Swedish"},
-                                                       {"da", "Danish"},
-                                                       {"jp", "Japanese"},
-                                                       {"tr", "Turkish"},
-                                                       {"hu", "Hungarian"},
-                                                       {"zh", "Chinese"}}};
-
-QString textOf(eLanguages language, const char *Language::*text)
-{
-    const auto index = static_cast<size_t>(language);
-    return index < kLanguages.size() ? QString::fromLatin1(kLanguages[index].*text) : QString();
-}
 
 } // namespace
 
 QString languageAbbreviation(eLanguages language)
 {
-    return textOf(language, &Language::abbreviation);
-}
-
-QString languageEnglishName(eLanguages language)
-{
-    return textOf(language, &Language::englishName);
+    const auto index = static_cast<size_t>(language);
+    return index < kAbbreviations.size() ? QString::fromLatin1(kAbbreviations[index]) : QString();
 }
 
 QString keyboardLayoutResource(const QString &abbreviation)

@@ -26,9 +26,6 @@ enum eLanguages {
 // Japanese is "jp" and Swedish "se".
 QString languageAbbreviation(eLanguages language);
 
-// The language's name in English, for the service log; empty for a value that is no language.
-QString languageEnglishName(eLanguages language);
-
 // Embedded resource of the keyboard layout, and the catalog file on the unit, of an abbreviation.
 QString keyboardLayoutResource(const QString &abbreviation);
 QString damageCatelogFile(const QString &abbreviation);

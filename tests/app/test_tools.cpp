@@ -274,6 +274,29 @@ private slots:
         QVERIFY(screen.events().contains(u"32,Unmount media button clicked"_s));
     }
 
+    void aChangedCatalogComesBackFromTheFactory()
+    {
+        Screen screen;
+        openTools(screen);
+        const auto resetIn = [&](eLanguages language) {
+            params::getInstance()->getParams().LanguageIdx = language;
+            const QString file = damageCatelogFile(languageAbbreviation(language));
+            const QByteArray factory = screen.folder.content(file);
+            screen.folder.put(file, "mine\n");
+            bool asked = false;
+            withDialog(screen, [&](QDialog *dialog) {
+                asked = true;
+                press(dialog, u"btn_Confirm"_s);
+            });
+            screen.touch(401, 474);
+            return asked && screen.folder.content(file) == factory;
+        };
+        QVERIFY(resetIn(eSwedish));
+        QVERIFY(!resetIn(eTurkish));
+        QCOMPARE(screen.events().filter(u"47,"_s), // the question alone is no event
+                 QStringList{u"47,Reset damage catalog button clicked - Swedish"_s});
+    }
+
     void theHeadIsChosenWhereAModuleIsPresent()
     {
         Screen screen;
