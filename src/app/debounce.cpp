@@ -15,7 +15,7 @@ constexpr int kMillisecondsOfMinute = 60000;
 
 } // namespace
 
-debounce::debounce(int &argc, char **argv) : QApplication(argc, argv)
+debounce::debounce(int &argc, char **argv) : QApplication(argc, argv), m_AutoShutdownTimer(this)
 {
     installEventFilter(this);
 }

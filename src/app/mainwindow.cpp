@@ -25,6 +25,7 @@ namespace {
 constexpr int kFrameInterval = 40;        // ms: one PAL frame
 constexpr int kSystemCheckInterval = 200; // ms
 constexpr int kRecordAudioInterval = 1000;
+constexpr int kToolsClockInterval = 1000;
 
 } // namespace
 
@@ -49,8 +50,7 @@ void MainWindow::init()
     if (settings.WIFIHotSpotPW.contains(wifi::kFactoryPassPhrase))
         m_pParams->SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
     m_pParams->configureWifi();
-    ui->lbl_WiFiIndicator->setPixmap(
-        QPixmap(graphic(settings.bWIFIHotSpotActive ? "ind_WIFI_active.png" : "ind_WIFI_inactive.png")));
+    showHotspot();
     gst_EnableAudioRecording(settings.bMicrophoneActive);
     gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
 
@@ -117,6 +117,7 @@ void MainWindow::createTimers()
     genericDelayTimer = create(0, true, &MainWindow::genericDelayTimerExpired);
     genericDelayTimer->setObjectName(QStringLiteral("genericDelayTimer"));
     recordAudioTimer = create(kRecordAudioInterval, false, &MainWindow::onRecordAudioTimerExpired);
+    toolsClockTimer = create(kToolsClockInterval, false, &MainWindow::showClock);
 }
 
 void MainWindow::startMediaFramework()

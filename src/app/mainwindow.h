@@ -48,6 +48,12 @@ public:
     // Shows raw encoder counts for the rest of the run when the card asks for it; returns 1.
     int enableRawEncoderDisplay();
 
+    // --- toolsmenu_actions.cpp ---
+
+    // The fitted reel and the mini module out of the service file, with the dialog where it is missing or
+    // asked for; returns 0.
+    int ReadSystemImagerConfigurationFile();
+
     // --- mainstatemachine.cpp ---
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
@@ -66,7 +72,7 @@ public slots:
     void onBusyIndicator(bool on);                // mainwindow.cpp
     void doNextFrame();                           // liveview.cpp
     void systemCheck();                           // mw_system.cpp
-    void setSystemDateTime(QString dateTime);     // openslots.cpp
+    void setSystemDateTime(QString dateTime);     // toolsmenu_actions.cpp
     void popUpExpired();                          // mainwindow.cpp
     void shutdownTimerExpired();                  // mainwindow.cpp
     void genericDelayTimerExpired();              // mainwindow.cpp
@@ -74,9 +80,9 @@ public slots:
     void onLogfileChanged(const QString &path);   // mw_system.cpp
     void onDirectoryChanged(const QString &path); // mw_system.cpp
 
-    // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp, the damage
-    // catalog in mw_damagecatelog.cpp, the editor's in mw_editor.cpp, the others in buttonrouting.cpp (those
-    // whose screens are not built: openslots.cpp).
+    // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp and
+    // toolsmenu_actions.cpp, the damage catalog in mw_damagecatelog.cpp, the editor's in mw_editor.cpp, the
+    // others in buttonrouting.cpp.
     void on_btn_menu_CaptureModeSelect_clicked();
     void on_btn_menu_Tools_clicked();
     void on_btn_menu_BackButton_clicked();
@@ -261,9 +267,22 @@ private:
     // --- mainstatemachine.cpp ---
     void restoreMainState(eMainStates state); // back to a state without running its action again
 
-    // --- toolsmenu.cpp ---
+    // --- toolsmenu.cpp: the tools page and its settings ---
+    void enterToolsMenu();
+    void enterToolsMenuExit();
+    void hideToolsPage();
+    void chooseLivePipelineMode(); // live view or stream, for the next build
+    void initToolsMenu();
     void UpdateMenuSystemInformation();
     void updateMainMenuSDCardInfo();
+    void showClock();
+    void showAutoShutdown();
+    void showLanguage();
+    void showUnitOfMeasure();
+    void showHotspot();
+
+    // --- toolsmenu_actions.cpp ---
+    void showCameraHead();
 
     std::unique_ptr<Ui::MainWindow> ui;
     editorScene *mainScene = nullptr; // child of the window
@@ -274,6 +293,7 @@ private:
     QTimer *shutdownTimer = nullptr;
     QTimer *recordAudioTimer = nullptr;
     QTimer *genericDelayTimer = nullptr;
+    QTimer *toolsClockTimer = nullptr; // runs while the tools page is shown
     QFileSystemWatcher *messagelogWatcher = nullptr;
     QElapsedTimer elapsedTime; // running time of a recording
     QElapsedTimer elapsedTimePostGstreamerPlaying;

@@ -157,6 +157,7 @@ void MainWindow::enterUsbActive()
     gst_SendVideoInputPipelineEOS(true);
     imageTimer->stop();
     closeEditor();
+    hideToolsPage();
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
     ui->labelInputVideo->show();
     ui->lbl_CurrentFilenameandPath->hide();

@@ -1,12 +1,153 @@
-// The tools menu.
+// The tools page: coming, going, and the settings that a touch steps on. Each is applied, shown, logged and
+// saved at once.
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/graphics.h"
+#include "hw/hardware.h"
+#include "media/gst_videoinput.h"
+#include "platform/unit.h"
 #include "settings/params.h"
+#include "settings/toolscycle.h"
+#include "storage/dcim.h"
 #include "storage/eventlog.h"
 #include "storage/sdcard.h"
 
-#include <QApplication>
+#include <QDateTime>
+#include <QFileInfo>
+#include <QTimer>
+
+namespace {
+
+// The exit button lies in the corner that the top bar covers; on the page the bar stands beside it.
+constexpr int kTopBarX = 80;
+constexpr int kTopBarXBesideExit = 80 - 32;
+
+struct Switch
+{
+    const char *on;
+    const char *off;
+    eEventLogOperation event;
+    const char *text;
+};
+
+constexpr Switch kStamp = {"btn_tools_timedatestamp_on.png", "btn_tools_timedatestamp_off.png",
+                           eEventDateTimeStamp, "Date Time Stamp button clicked - %1"};
+constexpr Switch kMicrophone = {"btn_tools_microphone_on.png", "btn_tools_microphone_off.png",
+                                eEventMicrophoneOnOff, "Microphone on/off button clicked - %1"};
+constexpr Switch kStreaming = {"btn_tools_networkstreaming_on.png", "btn_tools_networkstreaming_off.png",
+                               eEventNetworkStreaming, "Network_Streaming on/off button clicked - %1"};
+constexpr Switch kHotspot = {"btn_tools_wifi_hotspot_on.png", "btn_tools_wifi_hotspot_off.png",
+                             eEventWiFIHotspot, "WiFI hotspot on/off button clicked - %1"};
+
+void showSwitch(QPushButton *button, const Switch &what, bool on)
+{
+    button->setIcon(QIcon(graphic(on ? what.on : what.off)));
+}
+
+void logSwitch(const Switch &what, bool on)
+{
+    UpdateEventLog(what.event,
+                   QString::fromLatin1(what.text).arg(on ? QStringLiteral("ON") : QStringLiteral("OFF")));
+}
+
+// A label over a button must not take its touches.
+template <typename Widget> void letTouchesThrough(QWidget *page)
+{
+    for (Widget *widget : page->findChildren<Widget *>())
+        widget->setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+} // namespace
+
+void MainWindow::on_btn_menu_Tools_clicked()
+{
+    route(eEventEnterToolsMenu, "Enter tools menu", eStateToolsMenu);
+}
+
+void MainWindow::on_btn_menu_BackButton_clicked()
+{
+    route(eEventToolsMenuExit, "Exit tools menu", eStateToolsMenuExit);
+}
+
+void MainWindow::enterToolsMenu()
+{
+    emit BusyIndicator(true);
+    imageTimer->stop();
+    gst_EndVideoInputPipeline();
+    chooseLivePipelineMode(); // a failure of the old pipeline ends with it
+    for (QWidget *live : std::initializer_list<QWidget *>{
+             ui->frm_LiveMenuButtons_Left, ui->labelInputVideo, ui->lbl_CableLengthIndicator,
+             ui->lbl_CableLength, ui->lbl_CurrentFilenameandPath, ui->lbl_DamageCatelogText})
+        live->hide();
+    initToolsMenu();
+    ui->frm_TopBar->move(kTopBarXBesideExit, 0);
+    ui->frm_ToolsMenuButtons->show();
+    ui->btn_menu_BackButton->show();
+    toolsClockTimer->start();
+    emit BusyIndicator(false);
+}
+
+void MainWindow::enterToolsMenuExit()
+{
+    emit BusyIndicator(true);
+    hideToolsPage();
+    ui->frm_LiveMenuButtons_Left->show();
+    if (SDCardInfo.inserted) {
+        // A card that was formatted has no folder to save to.
+        if (!QFileInfo::exists(unit::path(g_SavedFSInfo.currRootDirectory))) {
+            CreateDCIMStructure(QString());
+            ReadDirectory(g_SavedFSInfo.currRootDirectory);
+        }
+        showCurrentFolder();
+    }
+    // A lost camera had them disabled; if it is still lost they will be again.
+    ui->btn_menu_Capture->setEnabled(SDCardInfo.inserted);
+    ui->btn_tools_Reset_Meter_Counter->setEnabled(true);
+    chooseLivePipelineMode();
+    gst_VideoInputPipeline(0);
+    emit BusyIndicator(false);
+    ChangeMainState(eStateLive);
+    showLivePicture();
+}
+
+void MainWindow::hideToolsPage()
+{
+    if (ui->frm_ToolsMenuButtons->isHidden())
+        return;
+    toolsClockTimer->stop();
+    ui->btn_menu_BackButton->hide();
+    ui->frm_ToolsMenuButtons->hide();
+    ui->frm_TopBar->move(kTopBarX, 0);
+    ui->lbl_CableLengthIndicator->show();
+    ui->lbl_CableLength->show();
+    ui->lbl_DamageCatelogText->show();
+}
+
+void MainWindow::chooseLivePipelineMode()
+{
+    g_gst_VideoPipelineMode =
+        m_pParams->getParams().bNetworkStreaming ? eGSTStateStreaming : eGSTStateLiveVideo;
+}
+
+void MainWindow::initToolsMenu()
+{
+    letTouchesThrough<QLabel>(ui->frm_ToolsMenuButtons);
+    letTouchesThrough<QProgressBar>(ui->frm_ToolsMenuButtons);
+    const _GlobalSystemSettings &settings = m_pParams->getParams();
+    showSwitch(ui->btn_tools_DateTimeStamp, kStamp, settings.bDateTimeStamp);
+    showSwitch(ui->btn_tools_Network_Streaming_On_Off, kStreaming, settings.bNetworkStreaming);
+    showSwitch(ui->btn_tools_Microphone_On_Off, kMicrophone, settings.bMicrophoneActive);
+    ui->pb_menu_LCD_Backlight->setValue(settings.LCDBacklightValue);
+    showClock();
+    showAutoShutdown();
+    showLanguage();
+    showUnitOfMeasure();
+    showHotspot();
+    showCameraHead();
+    updateMainMenuSDCardInfo();
+    UpdateMenuSystemInformation();
+}
 
 void MainWindow::UpdateMenuSystemInformation()
 {
@@ -25,18 +166,126 @@ void MainWindow::updateMainMenuSDCardInfo()
     ui->pb_menu_StorageCapacity->setValue(SDCardInfo.percentFull);
 }
 
-void MainWindow::on_btn_tools_Reset_Meter_Counter_clicked()
+void MainWindow::showClock()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    ui->lbl_menu_CurrentTime->setText(now.toString(QStringLiteral("hh:mm")));
+    ui->lbl_menu_CurrentDate->setText(now.toString(QStringLiteral("dd.MM.yyyy")));
+}
+
+void MainWindow::on_btn_tools_DateTimeStamp_clicked()
+{
+    quint8 &on = m_pParams->getParams().bDateTimeStamp;
+    on = !on;
+    gst_EnableDateTimeOverlay(on);
+    showSwitch(ui->btn_tools_DateTimeStamp, kStamp, on);
+    logSwitch(kStamp, on);
+    m_pParams->WriteGlobalSystemSettingsFile(false);
+}
+
+void MainWindow::on_btn_tools_Microphone_On_Off_clicked()
+{
+    qint8 &on = m_pParams->getParams().bMicrophoneActive;
+    on = !on;
+    gst_EnableAudioRecording(on);
+    showSwitch(ui->btn_tools_Microphone_On_Off, kMicrophone, on);
+    logSwitch(kMicrophone, on);
+    m_pParams->WriteGlobalSystemSettingsFile(false);
+}
+
+// Not kept over a restart.
+void MainWindow::on_btn_tools_Network_Streaming_On_Off_clicked()
+{
+    quint8 &on = m_pParams->getParams().bNetworkStreaming;
+    on = !on;
+    chooseLivePipelineMode();
+    showSwitch(ui->btn_tools_Network_Streaming_On_Off, kStreaming, on);
+    logSwitch(kStreaming, on);
+}
+
+void MainWindow::showHotspot()
+{
+    const bool on = m_pParams->getParams().bWIFIHotSpotActive;
+    showSwitch(ui->btn_tools_WiFI_Hotspot_On_Off, kHotspot, on);
+    ui->lbl_WiFiIndicator->setPixmap(QPixmap(graphic(on ? "ind_WIFI_active.png" : "ind_WIFI_inactive.png")));
+}
+
+void MainWindow::on_btn_tools_WiFI_Hotspot_On_Off_clicked()
+{
+    const _GlobalSystemSettings &settings = m_pParams->getParams();
+    emit BusyIndicator(true);
+    m_pParams->toggleWifiMode();
+    gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
+    UpdateMenuSystemInformation();
+    showHotspot();
+    logSwitch(kHotspot, settings.bWIFIHotSpotActive);
+    emit BusyIndicator(false);
+}
+
+void MainWindow::showAutoShutdown()
+{
+    const auto [above, chosen, next] = toolscycle::delaysAround(m_pParams->getParams());
+    ui->lbl_menu_AutoOff_lineOne->setText(above);
+    ui->lbl_menu_AutoOff_lineTwo->setText(chosen);
+    ui->lbl_menu_AutoOff_lineThree->setText(next);
+}
+
+void MainWindow::on_btn_tools_Auto_On_Off_clicked()
 {
     _GlobalSystemSettings &settings = m_pParams->getParams();
-    UpdateEventLog(eEventResetMeterCounter, QStringLiteral("Reset meter counter button clicked"));
-    settings.MeterOffset = static_cast<quint16>(settings.MeterCount);
+    settings.AutoShutdownIdx = toolscycle::autoShutdownAfter(settings.AutoShutdownIdx);
+    emit resetAutoShutdownTimer();
+    showAutoShutdown();
+    UpdateEventLog(eEventAutoOnOff, QStringLiteral("Auto on/off button clicked - %1")
+                                        .arg(settings.AutoShutdownOptions[size_t(settings.AutoShutdownIdx)]));
+    m_pParams->WriteGlobalSystemSettingsFile(false);
 }
 
-void MainWindow::on_btn_tools_ExitApplication_clicked()
+void MainWindow::on_btn_tools_LCD_Backlight_clicked()
 {
-    UpdateEventLog(eEventExitApplication, QStringLiteral("Exit application button clicked"));
-    QApplication::quit();
+    quint8 &level = m_pParams->getParams().LCDBacklightValue;
+    level = toolscycle::backlightAfter(level);
+    SetLCDBrightness(static_cast<char>(level));
+    ui->pb_menu_LCD_Backlight->setValue(level);
+    UpdateEventLog(eEventLCDBacklight, QStringLiteral("LCD backlight button clicked - %1").arg(level));
+    m_pParams->WriteGlobalSystemSettingsFile(false);
 }
 
-// The button is there, but nothing is to be set.
-void MainWindow::on_btn_tools_WiFI_Settings_clicked() {}
+void MainWindow::showLanguage()
+{
+    // A language that the settings file made up has no picture; the button keeps its last one.
+    if (const QString abbreviation = m_pParams->getParams().LanguageAbbreviation; !abbreviation.isEmpty())
+        ui->btn_tools_Set_Language->setIcon(
+            QIcon(QStringLiteral(":/MyGraphicResources/graphics/btn_tools_lang_%1.png").arg(abbreviation)));
+}
+
+void MainWindow::on_btn_tools_Set_Language_clicked()
+{
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    settings.LanguageIdx = toolscycle::languageAfter(settings.LanguageIdx);
+    m_pParams->SetLanguage(static_cast<eLanguages>(settings.LanguageIdx));
+    showLanguage();
+    UpdateEventLog(
+        eEventSetLanguage,
+        QStringLiteral("Set language button clicked language = %1").arg(settings.LanguageAbbreviation));
+    m_pParams->WriteGlobalSystemSettingsFile(false);
+}
+
+// The chosen unit, and below it the other one.
+void MainWindow::showUnitOfMeasure()
+{
+    const bool feet = m_pParams->getParams().UnitofMeasure == eFeet;
+    ui->lbl_menu_UnitofMeasure_lineOne->setText(feet ? QStringLiteral("ft") : QStringLiteral("m"));
+    ui->lbl_menu_UnitofMeasure_lineTwo->setText(feet ? QStringLiteral("m") : QStringLiteral("ft"));
+}
+
+void MainWindow::on_btn_tools_Set_UnitofMeasure_clicked()
+{
+    quint8 &unitOfMeasure = m_pParams->getParams().UnitofMeasure;
+    unitOfMeasure = unitOfMeasure == eMeter ? eFeet : eMeter;
+    showUnitOfMeasure();
+    UpdateEventLog(eEventSetUnitOfMeasure,
+                   QStringLiteral("Set unit of measure button clicked - %1")
+                       .arg(unitOfMeasure == eFeet ? QStringLiteral("feet") : QStringLiteral("meter")));
+    m_pParams->WriteGlobalSystemSettingsFile(false);
+}

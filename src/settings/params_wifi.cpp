@@ -27,15 +27,15 @@ void params::GetWIFIHotspotPW()
 {
     if (const auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration)) {
         g_GlobalSystemSettings.WIFIHotSpotPW =
-            wifi::valueAfter(QString::fromUtf8(*content), QStringLiteral("wpa_passphrase="));
+            wifi::lineValue(QString::fromUtf8(*content), QStringLiteral("wpa_passphrase="));
     }
 }
 
 void params::SetWIFIHotspotPW(const QString &oldText, const QString &newText)
 {
     auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration);
-    if (!content || oldText.isEmpty())
-        return;
+    if (!content || oldText.isEmpty() || newText.isEmpty())
+        return; // an access point without a pass phrase would not come up
     if (newText.contains(QLatin1Char('\n')) || newText.contains(QLatin1Char('\r')))
         return; // would add a line of its own to the daemon's configuration
     content->replace(oldText.toUtf8(), newText.toUtf8());
@@ -56,7 +56,7 @@ void params::GetWifiStatus()
                          QStringLiteral("SSID: "));
     if (const auto content = savefile::read(kHostapdConfiguration, kLargestConfiguration)) {
         g_GlobalSystemSettings.WIFIHotSpotSSID =
-            wifi::valueAfter(QString::fromUtf8(*content), QStringLiteral("ssid="));
+            wifi::lineValue(QString::fromUtf8(*content), QStringLiteral("ssid="));
     }
 }
 

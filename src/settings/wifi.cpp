@@ -31,6 +31,16 @@ QString valueAfter(const QString &text, const QString &key)
     return end < 0 ? text.mid(start) : text.mid(start, end - start);
 }
 
+QString lineValue(const QString &text, const QString &key)
+{
+    QString value = text.startsWith(key) ? valueAfter(text, key) : valueAfter(text, QLatin1Char('\n') + key);
+    if (value.isEmpty())
+        value = valueAfter(text, key);
+    if (value.endsWith(QLatin1Char('\r')))
+        value.chop(1);
+    return value;
+}
+
 Addresses addressesOf(const QString &ifconfigOutput)
 {
     return {wordAfter(ifconfigOutput, QStringLiteral("HWaddr "), QStringLiteral("ether ")),
@@ -39,7 +49,8 @@ Addresses addressesOf(const QString &ifconfigOutput)
 
 QString devicePassPhrase(const QString &macAddress)
 {
-    return QStringLiteral("TUBX-") + macAddress.right(6);
+    constexpr int kTaken = 6;
+    return macAddress.size() < kTaken ? QString() : QStringLiteral("TUBX-") + macAddress.right(kTaken);
 }
 
 } // namespace wifi

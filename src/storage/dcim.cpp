@@ -100,14 +100,16 @@ int numberOf(const QString &name)
 
 } // namespace
 
+QString folderOfTheDay()
+{
+    return kBaseFolder + QLatin1Char('/') + QDate::currentDate().toString(QStringLiteral("ddMMyyyy"));
+}
+
 void CreateDCIMStructure(const QString &folder)
 {
     make(kDcimFolder);
     make(kBaseFolder);
-    g_SavedFSInfo.currRootDirectory =
-        folder.isEmpty()
-            ? kBaseFolder + QLatin1Char('/') + QDate::currentDate().toString(QStringLiteral("ddMMyyyy"))
-            : folder;
+    g_SavedFSInfo.currRootDirectory = folder.isEmpty() ? folderOfTheDay() : folder;
     const QString &current = g_SavedFSInfo.currRootDirectory;
     if (!exists(current) || !exists(inCurrentFolder(QStringLiteral(".html_assets")))) {
         make(current);

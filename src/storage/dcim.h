@@ -43,6 +43,9 @@ typedef sSavedFSInfo tSavedFSInfo;
 extern std::array<sSnakeFileInfo, kMostFiles> g_FileListing;
 extern tSavedFSInfo g_SavedFSInfo;
 
+// Where a day's pictures go when nobody chose a folder.
+QString folderOfTheDay();
+
 // Makes sure that the tree for `folder` is there (empty: today's folder) and makes it the current one; what a
 // cut write left torn in its logs is mended. A card that takes nothing leaves the tree incomplete, silently.
 void CreateDCIMStructure(const QString &folder);

@@ -3,6 +3,7 @@
 #include "settings/battery.h"
 #include "settings/params.h"
 #include "settings/settingsfile.h"
+#include "settings/toolscycle.h"
 #include "settings/wifi.h"
 
 #include <QTest>
@@ -161,6 +162,28 @@ private slots:
         QCOMPARE(settings->getParams().BatteryStatus, eBatteryError);
     }
 
+    void aTouchStepsASettingAndComesRound()
+    {
+        const auto walk = [](auto step, auto value, int touches) {
+            QList<int> visited;
+            for (int i = 0; i < touches; ++i)
+                visited << int(value = step(value));
+            return visited;
+        };
+        using namespace toolscycle;
+        QCOMPARE(walk(backlightAfter, quint8(7), 8), (QList<int>{2, 3, 4, 5, 6, 7, 2, 3}));
+        QCOMPARE(walk(backlightAfter, quint8(0), 2), (QList<int>{2, 3}));
+        QCOMPARE(walk(backlightAfter, quint8(255), 1), QList<int>{2});
+        QCOMPARE(walk(autoShutdownAfter, qint8(2), 4), (QList<int>{1, 0, 3, 2}));
+        QCOMPARE(walk(autoShutdownAfter, qint8(100), 1), QList<int>{3});
+        QCOMPARE(walk(autoShutdownAfter, qint8(-128), 1), QList<int>{3});
+        QCOMPARE(walk(languageAfter, quint8(4), 15).last(), 4);
+        QCOMPARE(walk(languageAfter, quint8(200), 1), QList<int>{0});
+        QCOMPARE(headAfter(eNoImagerAttached, eMinimodule_10m).type, e60meter);
+        QCOMPARE(headAfter(eMinimodule_10m, e30meter).type, e30meter);
+        QCOMPARE(headAfter(e60meter, e30meter).type, eMinimodule_10m);
+    }
+
     void bothFormsOfAddressesAreUnderstood()
     {
         const auto classic = wifi::addressesOf(u"wlan0  Link encap:Ethernet  HWaddr 00:11:22:33:44:55  \n"
@@ -175,6 +198,9 @@ private slots:
         QCOMPARE(wifi::addressesOf(u"no such device"_s).ip, QString());
         QCOMPARE(wifi::valueAfter(u"ssid=a\nwpa_passphrase=last line"_s, u"wpa_passphrase="_s),
                  u"last line"_s);
+        QCOMPARE(wifi::lineValue(u"ignore_broadcast_ssid=0\n#ssid=old\nssid=a<b> c\r\nx=1"_s, u"ssid="_s),
+                 u"a<b> c"_s);
+        QCOMPARE(wifi::devicePassPhrase(QString()), QString());
     }
 
     void aNewPassPhraseChangesNothingElse()
@@ -188,6 +214,7 @@ private slots:
         settings->SetWIFIHotspotPW(u"580294613"_s, u"a\nmac_acl=1"_s);
         QCOMPARE(folder.content(u"/etc/hostapd.conf"_s), before);
         settings->SetWIFIHotspotPW(QString(), u"everywhere"_s);
+        settings->SetWIFIHotspotPW(u"580294613"_s, QString());
         QCOMPARE(folder.content(u"/etc/hostapd.conf"_s), before);
         settings->SetWIFIHotspotPW(u"580294613"_s, u"Ünit-1"_s);
         QCOMPARE(folder.content(u"/etc/hostapd.conf"_s),

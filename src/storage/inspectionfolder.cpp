@@ -1,0 +1,105 @@
+#include "storage/inspectionfolder.h"
+
+#include "platform/command.h"
+#include "platform/unit.h"
+#include "storage/dcim.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// A file name has 255 bytes; the page is the folder's name and an extension, and its replacement a suffix.
+constexpr qsizetype kLongestName = 240;
+
+constexpr char kRefusedByCard[] = "\\/:*?\"<>|";
+
+bool exists(const QString &path)
+{
+    return QFileInfo::exists(unit::path(path));
+}
+
+QString nameOf(const QString &path)
+{
+    return path.section(QLatin1Char('/'), -1);
+}
+
+QString parentOf(const QString &path)
+{
+    return path.section(QLatin1Char('/'), 0, -2);
+}
+
+bool move(const QString &from, const QString &to)
+{
+    return QFile::rename(unit::path(from), unit::path(to));
+}
+
+struct Move
+{
+    QString from;
+    QString to;
+};
+
+} // namespace
+
+bool isInspectionFolder(const QString &path)
+{
+    return path.startsWith(kBaseFolder + QLatin1Char('/')) && QDir::cleanPath(path) == path;
+}
+
+bool isFolderName(const QString &name)
+{
+    const auto isRefused = [](QChar character) {
+        return character < QLatin1Char(' ') || character == QChar(0x7f) ||
+               QLatin1String(kRefusedByCard).contains(character);
+    };
+    return !name.isEmpty() && name.trimmed() == name && !name.startsWith(QLatin1Char('.')) &&
+           !name.endsWith(QLatin1Char('.')) && name.toUtf8().size() <= kLongestName &&
+           std::none_of(name.begin(), name.end(), isRefused);
+}
+
+QString makeInspectionFolder(const QString &parent, const QString &name)
+{
+    if (!isFolderName(name))
+        return {};
+    // The base folder may be gone with a format; the folder above it is there as long as the card is.
+    QDir().mkdir(unit::path(kBaseFolder));
+    const QString folder = (isInspectionFolder(parent) ? parent : kBaseFolder) + QLatin1Char('/') + name;
+    return QDir().mkdir(unit::path(folder)) ? folder : QString();
+}
+
+QString renameInspectionFolder(const QString &folder, const QString &name)
+{
+    const QString renamed = parentOf(folder) + QLatin1Char('/') + name;
+    if (!isInspectionFolder(folder) || !isFolderName(name) || exists(renamed))
+        return {};
+    std::vector<Move> moves;
+    for (const char *extension : {".html", ".txt"}) {
+        const QString log = folder + QLatin1Char('/') + nameOf(folder) + QLatin1String(extension);
+        if (exists(log))
+            moves.push_back({log, folder + QLatin1Char('/') + name + QLatin1String(extension)});
+    }
+    moves.push_back({folder, renamed});
+    for (auto next = moves.cbegin(); next != moves.cend(); ++next) {
+        if (move(next->from, next->to))
+            continue;
+        while (next != moves.cbegin()) {
+            --next;
+            move(next->to, next->from);
+        }
+        return {};
+    }
+    command::run(QStringLiteral("sync"));
+    g_SavedFSInfo.currRootDirectory = followRename(g_SavedFSInfo.currRootDirectory, folder, renamed);
+    return renamed;
+}
+
+QString followRename(const QString &path, const QString &folder, const QString &renamed)
+{
+    const bool moves = path == folder || path.startsWith(folder + QLatin1Char('/'));
+    return moves ? renamed + path.mid(folder.size()) : path;
+}

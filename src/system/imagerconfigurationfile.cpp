@@ -1,0 +1,63 @@
+#include "system/imagerconfigurationfile.h"
+
+#include "platform/savefile.h"
+#include "platform/unit.h"
+
+#include <QFileInfo>
+
+namespace {
+
+constexpr qint64 kLargestFile = 64 * 1024;
+
+} // namespace
+
+namespace imagerconfigurationfile {
+
+QString path()
+{
+    return QStringLiteral("/home/root/tubix4_app/systemimagerconfiguration.txt");
+}
+
+QString trigger()
+{
+    return QStringLiteral("/media/mmcblk1p1/DCIM/__IMAGERCONFIG__");
+}
+
+bool exists()
+{
+    return QFileInfo::exists(unit::path(path()));
+}
+
+bool isAskedFor()
+{
+    return QFileInfo::exists(unit::path(trigger()));
+}
+
+bool write(bool reelOf30m, bool miniModule)
+{
+    return savefile::write(path(), QByteArray("ImagerConfiguration, ") + (reelOf30m ? "30" : "60") +
+                                       "\nMiniModulePresent, " + (miniModule ? "1" : "0") + '\n');
+}
+
+bool read(_GlobalSystemSettings &settings)
+{
+    const auto text = savefile::read(path(), kLargestFile);
+    if (text)
+        parse(*text, settings);
+    return text.has_value();
+}
+
+void parse(const QByteArray &text, _GlobalSystemSettings &settings)
+{
+    for (const QByteArray &line : text.split('\n')) {
+        const QList<QByteArray> parts = line.split(',');
+        if (parts.size() < 2)
+            continue;
+        if (parts[0].contains("ImagerConfiguration"))
+            settings.HWImagerConfiguration = parts[1].contains("30") ? e30meter : e60meter;
+        if (parts[0].contains("MiniModulePresent"))
+            settings.MiniModulePresent = !parts[1].contains("0");
+    }
+}
+
+} // namespace imagerconfigurationfile

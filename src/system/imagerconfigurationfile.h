@@ -1,0 +1,27 @@
+// The service file that names the fitted reel and tells whether a mini module is present.
+#pragma once
+
+#include "settings/systemsettings.h"
+
+#include <QByteArray>
+
+namespace imagerconfigurationfile {
+
+// Its name, and the file on the card that asks for its dialog (unit paths).
+QString path();
+QString trigger();
+
+bool exists();
+bool isAskedFor(); // the trigger lies on the card
+
+// Replaces the file as a whole; false when it cannot be written.
+bool write(bool reelOf30m, bool miniModule);
+
+// File -> HWImagerConfiguration and MiniModulePresent; false when it cannot be read.
+bool read(_GlobalSystemSettings &settings);
+
+// The same for the file's text. A value counts by what it contains ("300" is 30, "10" is absent); lines that
+// are not known, or have no comma, are left out.
+void parse(const QByteArray &text, _GlobalSystemSettings &settings);
+
+} // namespace imagerconfigurationfile

@@ -1,0 +1,23 @@
+#include "system/systemimagerconfiguration.h"
+#include "ui_systemimagerconfiguration.h"
+
+#include "system/imagerconfigurationfile.h"
+
+SystemImagerConfiguration::SystemImagerConfiguration(QWidget *parent)
+    : UnitDialog(parent, Qt::FramelessWindowHint), ui(std::make_unique<Ui::SystemImagerConfiguration>())
+{
+    ui->setupUi(this);
+    _GlobalSystemSettings now;
+    imagerconfigurationfile::read(now);
+    ui->radioButton_30m->setChecked(now.HWImagerConfiguration == e30meter);
+    ui->checkBox_MiniModule->setChecked(now.MiniModulePresent);
+}
+
+SystemImagerConfiguration::~SystemImagerConfiguration() = default;
+
+void SystemImagerConfiguration::on_pushButton_clicked()
+{
+    if (imagerconfigurationfile::write(ui->radioButton_30m->isChecked(),
+                                       ui->checkBox_MiniModule->isChecked()))
+        close();
+}
