@@ -83,6 +83,23 @@ void browser(Hand &hand)
     hand.waitForScreen("btn_menu_Capture");
 }
 
+void tools(Hand &hand)
+{
+    hand.touch("btn_menu_Tools");
+    hand.waitForScreen("btn_menu_BackButton");
+    hand.look("tools");
+    hand.touch("btn_tools_SetTime");
+    hand.waitForScreen("btn_settime_cancel");
+    hand.look("set-time");
+    hand.touch("btn_settime_cancel");
+    hand.touch("btn_menu_FolderOptions");
+    hand.waitForScreen("tView_Folders");
+    hand.look("folders");
+    hand.touch("btn_Cancel");
+    hand.touch("btn_menu_BackButton");
+    hand.waitForScreen("btn_menu_Capture");
+}
+
 } // namespace
 
 void goThroughTheScreens(Hand &hand)
@@ -91,4 +108,5 @@ void goThroughTheScreens(Hand &hand)
     stills(hand);
     films(hand);
     browser(hand);
+    tools(hand);
 }

@@ -113,8 +113,8 @@ void MainWindow::enterToolsMenuExit()
 
 void MainWindow::hideToolsPage()
 {
-    if (ui->frm_ToolsMenuButtons->isHidden())
-        return;
+    if (ui->frm_TopBar->x() == kTopBarX)
+        return; // it is not shown
     toolsClockTimer->stop();
     ui->btn_menu_BackButton->hide();
     ui->frm_ToolsMenuButtons->hide();
@@ -256,7 +256,7 @@ void MainWindow::showLanguage()
     // A language that the settings file made up has no picture; the button keeps its last one.
     if (const QString abbreviation = m_pParams->getParams().LanguageAbbreviation; !abbreviation.isEmpty())
         ui->btn_tools_Set_Language->setIcon(
-            QIcon(QStringLiteral(":/MyGraphicResources/graphics/btn_tools_lang_%1.png").arg(abbreviation)));
+            QIcon(graphic("btn_tools_lang_") + abbreviation + QLatin1String(".png")));
 }
 
 void MainWindow::on_btn_tools_Set_Language_clicked()

@@ -1,22 +1,20 @@
 #include "storage/inspectionfolder.h"
 
 #include "platform/command.h"
+#include "platform/movefile.h"
 #include "platform/unit.h"
+#include "storage/capturefiles.h"
 #include "storage/dcim.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <vector>
 
 namespace {
 
-// A file name has 255 bytes; the page is the folder's name and an extension, and its replacement a suffix.
-constexpr qsizetype kLongestName = 240;
-
-constexpr char kRefusedByCard[] = "\\/:*?\"<>|";
+// What comes to the folder's name at the most: its page while it is replaced.
+constexpr char kLongestEnding[] = ".html.tubix-new";
 
 bool exists(const QString &path)
 {
@@ -31,11 +29,6 @@ QString nameOf(const QString &path)
 QString parentOf(const QString &path)
 {
     return path.section(QLatin1Char('/'), 0, -2);
-}
-
-bool move(const QString &from, const QString &to)
-{
-    return QFile::rename(unit::path(from), unit::path(to));
 }
 
 struct Move
@@ -53,13 +46,7 @@ bool isInspectionFolder(const QString &path)
 
 bool isFolderName(const QString &name)
 {
-    const auto isRefused = [](QChar character) {
-        return character < QLatin1Char(' ') || character == QChar(0x7f) ||
-               QLatin1String(kRefusedByCard).contains(character);
-    };
-    return !name.isEmpty() && name.trimmed() == name && !name.startsWith(QLatin1Char('.')) &&
-           !name.endsWith(QLatin1Char('.')) && name.toUtf8().size() <= kLongestName &&
-           std::none_of(name.begin(), name.end(), isRefused);
+    return !name.isEmpty() && capturefiles::usableName(name, QLatin1String(kLongestEnding)) == name;
 }
 
 QString makeInspectionFolder(const QString &parent, const QString &name)
@@ -85,11 +72,11 @@ QString renameInspectionFolder(const QString &folder, const QString &name)
     }
     moves.push_back({folder, renamed});
     for (auto next = moves.cbegin(); next != moves.cend(); ++next) {
-        if (move(next->from, next->to))
+        if (moveFile(next->from, next->to))
             continue;
         while (next != moves.cbegin()) {
             --next;
-            move(next->to, next->from);
+            moveFile(next->to, next->from);
         }
         return {};
     }

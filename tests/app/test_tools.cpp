@@ -176,6 +176,7 @@ private slots:
         screen.folder.control({u"usb"_s, u"attach"_s});
         QTRY_VERIFY_WITH_TIMEOUT(!screen.button("btn_menu_BackButton")->isVisible(), 15000);
         QVERIFY(screen.window.findChild<QLabel *>(u"labelInputVideo"_s)->isVisible());
+        QCOMPARE(screen.window.findChild<QWidget *>(u"frm_TopBar"_s)->x(), 80);
         screen.folder.control({u"usb"_s, u"detach"_s});
         QTRY_VERIFY_WITH_TIMEOUT(screen.button("btn_menu_Capture")->isVisible(), 15000);
     }
