@@ -117,20 +117,7 @@ create_application()
 {
     local home=$root/home/root/tubix4_app file
     found home/root/tubix4_app/globlsystemsettings_default.xml ||
-        put "$home/globlsystemsettings_default.xml" <<'TEXT'
-<?xml version="1.0" encoding="UTF-8"?>
-<systemsettings>
-    <settings>
-        <bDateTimeStamp>1</bDateTimeStamp>
-        <AutoShutdownIdx>2</AutoShutdownIdx>
-        <LCDBacklightValue>7</LCDBacklightValue>
-        <bWIFIHotSpotActive>1</bWIFIHotSpotActive>
-        <LanguageIdx>0</LanguageIdx>
-        <bMicrophoneActive>1</bMicrophoneActive>
-        <UnitofMeasure>0</UnitofMeasure>
-    </settings>
-</systemsettings>
-TEXT
+        put "$home/globlsystemsettings_default.xml" <"$here/../resources/globlsystemsettings_default.xml"
     found home/root/tubix4_app/systemimagerconfiguration.txt ||
         printf 'ImagerConfiguration, 60\nMiniModulePresent, 1\n' | put "$home/systemimagerconfiguration.txt"
     # What fills the media roles on a desk. In a quoted value a quote is written \".

@@ -7,6 +7,7 @@
 #include "media/gst_videoinput.h"
 #include "media/zoom.h"
 #include "platform/attribute.h"
+#include "platform/servicemanager.h"
 #include "settings/params.h"
 #include "storage/eventlog.h"
 
@@ -73,6 +74,7 @@ void MainWindow::announceReady()
     m_isReady = true;
     std::puts("ready: the camera picture is on the screen");
     std::fflush(stdout);
+    servicemanager::tellReady();
 }
 
 void MainWindow::doNextFrame()

@@ -6,6 +6,7 @@
 
 #include "media/gst_videoinput.h"
 #include "platform/runlock.h"
+#include "platform/servicemanager.h"
 #include "platform/unit.h"
 
 #include <QDir>
@@ -62,7 +63,11 @@ int run(debounce &app)
         window.show();
     else
         showOnDesk(window);
+    const servicemanager::Watchdog watchdog([] {
+        return servicemanager::Frames{gst_FramesAreExpected(), nBuffers};
+    });
     const int status = app.exec();
+    servicemanager::tellStopping();
     gst_EndVideoInputPipeline(); // whatever ends the loop, a film is closed in order
     return status;
 }

@@ -17,7 +17,7 @@ FirstFrame loadModule()
 {
     const QString folder = QCoreApplication::applicationDirPath();
     for (const QString &place :
-         {folder, folder + QLatin1String("/.."), folder + QLatin1String("/../lib/tubix4")}) {
+         {folder, folder + QLatin1String("/.."), folder + QLatin1String("/../lib/tubix4/film")}) {
         const QString file = place + QLatin1String("/libtubixfilm.so");
         if (!QFile::exists(file))
             continue;

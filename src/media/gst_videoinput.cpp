@@ -343,6 +343,13 @@ void gst_EndVideoInputPipeline()
     tearDown();
 }
 
+bool gst_FramesAreExpected()
+{
+    if (!g_gst_Pipeline.pipeline)
+        return g_gst_VideoPipelineMode == eGSTStateError;
+    return GST_STATE_TARGET(g_gst_Pipeline.pipeline) == GST_STATE_PLAYING;
+}
+
 void gst_PauseVideoInputPipeline()
 {
     if (g_gst_Pipeline.pipeline)

@@ -51,6 +51,9 @@ void gst_SendVideoInputPipelineEOS(bool terminate);
 // Ends the pipeline now: waits up to 3 s for an end of stream, then stops it by force. No pipeline: nothing.
 void gst_EndVideoInputPipeline();
 
+// True while nBuffers has to grow: the pipeline plays, or it would but for the camera's error.
+bool gst_FramesAreExpected();
+
 void gst_PauseVideoInputPipeline();
 void gst_ResumeVideoInputPipeline();
 

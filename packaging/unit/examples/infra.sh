@@ -1,0 +1,6 @@
+#!/bin/sh
+# wlan0 becomes a client of a network that exists. For /home/root/tubix4_app/infra.sh; needs wpasupplicant with
+# /etc/wpa_supplicant/wpa_supplicant-wlan0.conf, and systemd-networkd or another DHCP client for wlan0.
+systemctl stop tubix4-hotspot.service tubix4-dhcp.service 2>/dev/null
+ip address flush dev wlan0
+systemctl start wpa_supplicant@wlan0.service
