@@ -164,7 +164,8 @@ private:
     void enterLiveTerminateSavingMovie();
     void setRecordingButtonsEnabled(bool enabled);
     void followRecording(); // running time and room on the card, at every frame
-    void saveFilmThumbnail();
+    void saveFilmThumbnail(const QString &name);
+    void repairFilms(); // those of the current folder whose writing was cut off
     void showRecordingEnded();
     void endRecordingWithoutCard();
 

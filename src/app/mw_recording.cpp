@@ -4,6 +4,7 @@
 
 #include "app/graphics.h"
 #include "app/runningtime.h"
+#include "film/avirepair.h"
 #include "film/firstframe.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
@@ -13,11 +14,18 @@
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QTimer>
 
 namespace {
 
 constexpr int kFullCheckTicks = 15; // frames between two looks at the card's room
+
+QString thumbnailOf(const QString &film)
+{
+    return inCurrentFolder(QStringLiteral(".thumbs/") + film.chopped(3) + QLatin1String("jpg"));
+}
 
 } // namespace
 
@@ -70,7 +78,7 @@ void MainWindow::enterLiveTerminateSavingMovie()
     imageTimer->stop();
     command::run(QStringLiteral("sync"));
     logCapture(eVideoStop);
-    saveFilmThumbnail();
+    saveFilmThumbnail(g_SavedFSInfo.currFileName);
     showRecordingEnded();
     ActivateMSDC(true);
     emit BusyIndicator(false);
@@ -78,14 +86,30 @@ void MainWindow::enterLiveTerminateSavingMovie()
     showLivePicture();
 }
 
-void MainWindow::saveFilmThumbnail()
+void MainWindow::saveFilmThumbnail(const QString &name)
 {
-    const QImage frame = firstFrameOfFilm(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)));
-    if (!frame.isNull()) {
-        stillpicture::save(frame,
-                           inCurrentFolder(QStringLiteral(".thumbs/") +
-                                           g_SavedFSInfo.currFileName.chopped(3) + QLatin1String("jpg")));
+    const QImage frame = firstFrameOfFilm(unit::path(inCurrentFolder(name)));
+    if (!frame.isNull())
+        stillpicture::save(frame, thumbnailOf(name));
+}
+
+void MainWindow::repairFilms()
+{
+    const QStringList names =
+        QDir(unit::path(g_SavedFSInfo.currRootDirectory)).entryList({QStringLiteral("*.avi")}, QDir::Files);
+    bool isBusy = false;
+    for (const QString &name : names) {
+        const QString film = unit::path(inCurrentFolder(name));
+        if (!avirepair::isCutOff(film))
+            continue;
+        if (!isBusy)
+            emit BusyIndicator(true);
+        isBusy = true;
+        if (avirepair::repair(film) && !QFileInfo::exists(unit::path(thumbnailOf(name))))
+            saveFilmThumbnail(name);
     }
+    if (isBusy)
+        emit BusyIndicator(false);
 }
 
 void MainWindow::showRecordingEnded()
