@@ -168,6 +168,7 @@ private:
     void repairFilms(); // those of the current folder whose writing was cut off
     void showRecordingEnded();
     void endRecordingWithoutCard();
+    void followNetworkStream(); // switched off when the pipeline gave it up
 
     // --- buttonrouting.cpp ---
     void enterCaptureModeChange();

@@ -3,12 +3,14 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "app/livemode.h"
 #include "app/runningtime.h"
 #include "film/avirepair.h"
 #include "film/firstframe.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
+#include "settings/params.h"
 #include "storage/dcim.h"
 #include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
@@ -69,7 +71,7 @@ void MainWindow::followRecording()
 void MainWindow::enterLiveTerminateSavingMovie()
 {
     emit BusyIndicator(true);
-    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     // Waited for: what comes now reads the closed film.
     gst_EndVideoInputPipeline();
     if (isDiskFull())
@@ -122,7 +124,7 @@ void MainWindow::showRecordingEnded()
 
 void MainWindow::endRecordingWithoutCard()
 {
-    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     gst_EndVideoInputPipeline();
     showRecordingEnded();
     setCardButtonsEnabled(false);
@@ -131,4 +133,13 @@ void MainWindow::endRecordingWithoutCard()
     gst_VideoInputPipeline(0);
     ChangeMainState(eStateLive);
     showLivePicture();
+}
+
+void MainWindow::followNetworkStream()
+{
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    if (!settings.bNetworkStreaming || g_gst_VideoPipelineMode != eGSTStateLiveVideo)
+        return;
+    settings.bNetworkStreaming = 0;
+    ui->btn_tools_Network_Streaming_On_Off->setIcon(QIcon(graphic("btn_tools_networkstreaming_off.png")));
 }
