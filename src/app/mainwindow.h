@@ -177,9 +177,11 @@ private:
     void enterLiveTerminateSavingMovie();
     void setRecordingButtonsEnabled(bool enabled);
     void followRecording(); // running time and room on the card, at every frame
-    void saveFilmThumbnail();
+    void saveFilmThumbnail(const QString &name);
+    void repairFilms(); // those of the current folder whose writing was cut off
     void showRecordingEnded();
     void endRecordingWithoutCard();
+    void followNetworkStream(); // switched off when the pipeline gave it up
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
     void noteDamage(const QString &description); // empty: takes the shown one off

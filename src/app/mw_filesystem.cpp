@@ -42,6 +42,7 @@ void MainWindow::enterSDCardInserted()
     Sleeper::sleep(1); // the mount follows the kernel's message
     updateMainMenuSDCardInfo();
     CreateDCIMStructure(QString());
+    repairFilms();
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
     showCurrentFolder();
     ActivateMSDC(true);

@@ -3,21 +3,31 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "app/livemode.h"
 #include "app/runningtime.h"
+#include "film/avirepair.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
+#include "settings/params.h"
 #include "storage/capturefiles.h"
 #include "storage/dcim.h"
 #include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QTimer>
 
 namespace {
 
 constexpr int kFullCheckTicks = 15; // frames between two looks at the card's room
+
+QString thumbnailOf(const QString &film)
+{
+    return inCurrentFolder(capturefiles::storedThumbnailOf(film));
+}
 
 } // namespace
 
@@ -62,7 +72,7 @@ void MainWindow::enterLiveTerminateSavingMovie()
 {
     emit RecordingEnds();
     emit BusyIndicator(true);
-    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     // Waited for: what comes now reads the closed film.
     gst_EndVideoInputPipeline();
     if (isDiskFull())
@@ -71,7 +81,7 @@ void MainWindow::enterLiveTerminateSavingMovie()
     imageTimer->stop();
     command::run(QStringLiteral("sync"));
     logCapture(eVideoStop);
-    saveFilmThumbnail();
+    saveFilmThumbnail(g_SavedFSInfo.currFileName);
     showRecordingEnded();
     ActivateMSDC(true);
     emit BusyIndicator(false);
@@ -79,11 +89,29 @@ void MainWindow::enterLiveTerminateSavingMovie()
     showLivePicture();
 }
 
-void MainWindow::saveFilmThumbnail()
+void MainWindow::saveFilmThumbnail(const QString &name)
 {
-    if (getThumbnailImage(inCurrentFolder(g_SavedFSInfo.currFileName)))
-        stillpicture::save(tmpQimage,
-                           inCurrentFolder(capturefiles::storedThumbnailOf(g_SavedFSInfo.currFileName)));
+    if (getThumbnailImage(inCurrentFolder(name)))
+        stillpicture::save(tmpQimage, thumbnailOf(name));
+}
+
+void MainWindow::repairFilms()
+{
+    const QStringList names =
+        QDir(unit::path(g_SavedFSInfo.currRootDirectory)).entryList({QStringLiteral("*.avi")}, QDir::Files);
+    bool isBusy = false;
+    for (const QString &name : names) {
+        const QString film = unit::path(inCurrentFolder(name));
+        if (!avirepair::isCutOff(film))
+            continue;
+        if (!isBusy)
+            emit BusyIndicator(true);
+        isBusy = true;
+        if (avirepair::repair(film) && !QFileInfo::exists(unit::path(thumbnailOf(name))))
+            saveFilmThumbnail(name);
+    }
+    if (isBusy)
+        emit BusyIndicator(false);
 }
 
 void MainWindow::showRecordingEnded()
@@ -96,7 +124,7 @@ void MainWindow::showRecordingEnded()
 
 void MainWindow::endRecordingWithoutCard()
 {
-    g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     gst_EndVideoInputPipeline();
     showRecordingEnded();
     setCardButtonsEnabled(false);
@@ -105,4 +133,13 @@ void MainWindow::endRecordingWithoutCard()
     gst_VideoInputPipeline(0);
     ChangeMainState(eStateLive);
     showLivePicture();
+}
+
+void MainWindow::followNetworkStream()
+{
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    if (!settings.bNetworkStreaming || g_gst_VideoPipelineMode != eGSTStateLiveVideo)
+        return;
+    settings.bNetworkStreaming = 0;
+    ui->btn_tools_Network_Streaming_On_Off->setIcon(QIcon(graphic("btn_tools_networkstreaming_off.png")));
 }

@@ -63,6 +63,7 @@ void MainWindow::systemCheck()
         ChangeMainState(eStateVideoInputPipelineFailure);
         return;
     }
+    followNetworkStream();
     // Where the board's overlay plane draws, nothing is painted here: the first frame received is on the
     // screen.
     if (g_InputFrameReady && !m_isReady && displayDraws(boardElements()))

@@ -4,6 +4,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "app/livemode.h"
 #include "hw/hardware.h"
 #include "media/gst_videoinput.h"
 #include "platform/unit.h"
@@ -126,8 +127,7 @@ void MainWindow::hideToolsPage()
 
 void MainWindow::chooseLivePipelineMode()
 {
-    g_gst_VideoPipelineMode =
-        m_pParams->getParams().bNetworkStreaming ? eGSTStateStreaming : eGSTStateLiveVideo;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
 }
 
 void MainWindow::initToolsMenu()

@@ -1,5 +1,6 @@
 #include "media/gst_videoinput.h"
 
+#include "media/filmsync.h"
 #include "media/videoinputlayout.h"
 #include "media/zoom.h"
 
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <gst/app/gstappsink.h>
+#include <optional>
 
 struct_VideoInputPipeline g_gst_Pipeline = {};
 std::array<quint8 *, 2> g_pcFrameBuffer = {};
@@ -28,6 +30,9 @@ Q_LOGGING_CATEGORY(log, "tubix.media")
 
 constexpr guint kEndLimitMs = 3000;
 constexpr int kStreamPort = 1234;
+constexpr gint64 kPicturesBehind = 5; // of a viewer, 0.2 s
+constexpr gint64 kMostPicturesBehind = 25;
+constexpr guint64 kViewerPatience = 10 * GST_SECOND; // for one that takes nothing
 
 char g_gst_VideoFileName[1024] = "";
 char g_gst_currDamageCatelogText[1024] = "";
@@ -37,6 +42,8 @@ char g_gst_currNetworkStreamingIPAddress[16] = "";
 // Sources on the default main context that belong to the pipeline that lives now; 0: none.
 guint g_busWatch = 0;
 guint g_endTimeout = 0;
+
+std::optional<FilmSync> g_filmSync; // of the film that is being recorded
 
 GstElement *lookUp(const char *name)
 {
@@ -79,6 +86,7 @@ void tearDown()
     enterState(GST_STATE_PAUSED, "\ndid not set to state PAUSED");
     enterState(GST_STATE_READY, "\ndid not set to state READY");
     enterState(GST_STATE_NULL, "\ndid not set to state NULL");
+    g_filmSync.reset();
     for (const auto handle : kHandles) {
         if (GstElement *&element = g_gst_Pipeline.*handle; element) {
             gst_object_unref(element);
@@ -159,6 +167,13 @@ void handleError(GstMessage *message)
         sendEndOfStream();
         return;
     }
+    if (g_gst_Pipeline.videoStreamSink &&
+        GST_MESSAGE_SRC(message) == GST_OBJECT(g_gst_Pipeline.videoStreamSink)) {
+        // No address, or a busy port: the picture on the screen must not suffer for it.
+        g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+        tearDownAndRebuild();
+        return;
+    }
     g_gst_VideoPipelineMode = eGSTStateError;
     tearDown();
 }
@@ -204,6 +219,16 @@ GstElement *parseLaunch(eGstreamerState layout)
     return pipeline;
 }
 
+// A viewer that falls behind goes on with the latest picture, one that takes nothing is let go: the pictures
+// that wait for viewers are few, however many there are.
+void limitViewers(GstElement *server)
+{
+    gst_util_set_object_arg(G_OBJECT(server), "unit-format", "buffers");
+    gst_util_set_object_arg(G_OBJECT(server), "recover-policy", "latest");
+    g_object_set(server, "units-soft-max", kPicturesBehind, "units-max", kMostPicturesBehind, "timeout",
+                 kViewerPatience, nullptr);
+}
+
 void configureLayout(eGstreamerState layout)
 {
     switch (layout) {
@@ -211,11 +236,15 @@ void configureLayout(eGstreamerState layout)
     case eGSTStateRecordingWithoutAudio:
         g_gst_Pipeline.videosavesink = lookUp("avifilename");
         g_object_set(g_gst_Pipeline.videosavesink, "location", g_gst_VideoFileName, nullptr);
+        // What the muxer has handed on survives a kill, and a sync finds it.
+        gst_util_set_object_arg(G_OBJECT(g_gst_Pipeline.videosavesink), "buffer-mode", "unbuffered");
+        g_filmSync.emplace(g_gst_VideoFileName);
         break;
     case eGSTStateStreaming:
         g_gst_Pipeline.videoStreamSink = lookUp("tcpserver");
         g_object_set(g_gst_Pipeline.videoStreamSink, "host", g_gst_currNetworkStreamingIPAddress, "port",
                      kStreamPort, nullptr);
+        limitViewers(g_gst_Pipeline.videoStreamSink);
         break;
     default:
         g_gst_Pipeline.videocrop = lookUp("videocrop");

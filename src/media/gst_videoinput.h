@@ -41,7 +41,8 @@ extern GMainLoop *g_VideoInput_loop; // made at start, quit on every teardown, n
 
 // Builds and starts the pipeline for g_gst_VideoPipelineMode, after ending the one that still lives. A mode
 // without a layout of its own becomes the live mode. `winId` is unused. A description that does not parse
-// ends the process with status 1.
+// ends the process with status 1. A network stream that cannot be served (no address, a busy port) is given
+// up a moment later: the mode is eGSTStateLiveVideo then, and the live layout runs.
 void gst_VideoInputPipeline(unsigned long winId);
 
 // Sends an end of stream into the pipeline. When it has come through (or after 3 s, by force) the bus handler

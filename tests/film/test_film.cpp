@@ -1,0 +1,318 @@
+#include "film/avirepair.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtEndian>
+
+#include <gst/gst.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype kPictures = 61;
+
+quint32 numberAt(const QByteArray &bytes, qsizetype at)
+{
+    return qFromLittleEndian<quint32>(bytes.constData() + at);
+}
+
+QByteArray number(quint32 value)
+{
+    QByteArray bytes(4, '\0');
+    qToLittleEndian(value, bytes.data());
+    return bytes;
+}
+
+QByteArray content(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void put(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    process.waitForFinished(60000);
+    return process.readAll();
+}
+
+// Sizes and checksums of the packets of each stream, by a tool that is not ours.
+QMap<QByteArray, QByteArrayList> packetsOf(const QString &path)
+{
+    QMap<QByteArray, QByteArrayList> packets;
+    const auto lines = run(u"ffmpeg"_s, {u"-v"_s, u"quiet"_s, u"-i"_s, path, u"-map"_s, u"0"_s, u"-c"_s,
+                                         u"copy"_s, u"-f"_s, u"framecrc"_s, u"-"_s})
+                           .split('\n');
+    for (const QByteArray &line : lines) {
+        const QByteArrayList fields = line.split(',');
+        if (fields.size() >= 6 && !line.startsWith('#'))
+            packets[fields[0]] << fields[4] + fields[5];
+    }
+    return packets;
+}
+
+double duration(const QString &path, const QString &stream)
+{
+    return run(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-select_streams"_s, stream, u"-show_entries"_s,
+                              u"stream=duration"_s, u"-of"_s, u"csv=p=0"_s, path})
+        .trimmed()
+        .toDouble();
+}
+
+// The place to which the demuxer of the unit's own player goes; negative when it does not.
+double seekTo(const QString &path, double second)
+{
+    GstElement *pipeline = gst_parse_launch(
+        qPrintable(u"filesrc location=%1 ! avidemux name=d d.video_0 ! fakesink name=sink"_s.arg(path)),
+        nullptr);
+    gst_element_set_state(pipeline, GST_STATE_PAUSED);
+    gst_element_get_state(pipeline, nullptr, nullptr, 5 * GST_SECOND);
+    const bool sought = gst_element_seek_simple(pipeline, GST_FORMAT_TIME,
+                                                GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE),
+                                                gint64(second * GST_SECOND));
+    gst_element_get_state(pipeline, nullptr, nullptr, 5 * GST_SECOND);
+    gint64 place = -1;
+    gst_element_query_position(pipeline, GST_FORMAT_TIME, &place);
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_object_unref(pipeline);
+    return sought ? double(place) / GST_SECOND : -1;
+}
+
+// A film as the recording layouts make it; killed right after the start, or closed in order.
+QByteArray record(const QString &path, bool withSound, bool killed)
+{
+    QString launch = u"videotestsrc num-buffers=%1 ! video/x-raw,width=720,height=576,framerate=15/1 ! "
+                     "jpegenc ! queue ! avimux name=mux ! filesink location=%2 buffer-mode=unbuffered "_s.arg(
+                         QString::number(killed ? -1 : kPictures), path);
+    if (withSound) {
+        launch += u"audiotestsrc num-buffers=%1 ! audio/x-raw,rate=44100,channels=1 ! lamemp3enc ! "
+                  "mpegaudioparse ! queue ! mux."_s.arg(killed ? -1 : 175);
+    }
+    GstElement *pipeline = gst_parse_launch(qPrintable(launch), nullptr);
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    QByteArray start;
+    if (killed) {
+        while ((start = content(path)).size() < 10000)
+            QTest::qWait(10);
+    } else {
+        GstBus *bus = gst_element_get_bus(pipeline);
+        gst_message_unref(gst_bus_timed_pop_filtered(bus, GST_CLOCK_TIME_NONE, GST_MESSAGE_EOS));
+        gst_object_unref(bus);
+    }
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_object_unref(pipeline);
+    return killed ? start : content(path);
+}
+
+struct Chunk
+{
+    qsizetype at;
+    qsizetype end;
+};
+
+// The packets' list and what it holds, as a kill leaves them: start values in the headers, no index.
+struct CutFilm
+{
+    QByteArray bytes;
+    QList<Chunk> packets;
+
+    CutFilm(const QByteArray &whole, const QByteArray &start)
+    {
+        const qsizetype packetsAt = start.indexOf("movi") + 4;
+        const qsizetype index = whole.lastIndexOf("idx1");
+        bytes = start.first(packetsAt) + whole.sliced(packetsAt, index - packetsAt);
+        for (qsizetype at = packetsAt; at < bytes.size();) {
+            const qsizetype end = at + 8 + numberAt(bytes, at + 4);
+            packets << Chunk{at, end};
+            at = end + (end & 1);
+        }
+    }
+
+    QByteArray indexOf(const char *name, const char *stream, qsizetype count) const
+    {
+        QByteArray entries;
+        for (const Chunk &packet : packets.first(count)) {
+            if (bytes.sliced(packet.at).startsWith(stream))
+                entries += number(quint32(packet.at + 8)) + number(numberAt(bytes, packet.at + 4));
+        }
+        return name + number(quint32(24 + entries.size())) + number(0x01000002) +
+               number(quint32(entries.size() / 8)) + stream + QByteArray(12, '\0') + entries;
+    }
+
+    // Half of the packets in a part of its own, as it is done behind each gigabyte.
+    QByteArray inTwoParts() const
+    {
+        const qsizetype half = packets.size() / 2;
+        const qsizetype cut = packets[half].at;
+        QByteArray first = bytes.first(cut) + indexOf("ix00", "00db", half) + indexOf("ix01", "01wb", half);
+        first += "idx1" + number(quint32(16 * half));
+        for (const Chunk &packet : packets.first(half)) {
+            first += bytes.sliced(packet.at, 4) + number(0x12) + number(quint32(packet.at)) +
+                     number(numberAt(bytes, packet.at + 4));
+        }
+        return first + "RIFF" + number(12) + "AVIXLIST" + number(0) + "movi" + bytes.sliced(cut);
+    }
+};
+
+} // namespace
+
+class TestFilm : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+    QString m_path;
+    QByteArray m_start[2]; // of a film without and with sound, right after its start
+
+    QString wholeFilm(bool withSound) const
+    {
+        return m_folder.filePath(withSound ? u"sound.avi"_s : u"silent.avi"_s);
+    }
+
+    CutFilm cutFilm(bool withSound) { return {content(wholeFilm(withSound)), m_start[withSound]}; }
+
+    void compareAfterRepair(const QByteArray &cut, qsizetype pictures, bool withSound = true)
+    {
+        put(m_path, cut);
+        const auto before = packetsOf(wholeFilm(withSound));
+        const QDateTime modified = QDateTime::fromSecsSinceEpoch(1700000001);
+        {
+            QFile file(m_path);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
+        }
+        QVERIFY(avirepair::isCutOff(m_path));
+        QVERIFY(avirepair::repair(m_path));
+        QCOMPARE(QFileInfo(m_path).lastModified(), modified);
+
+        const auto after = packetsOf(m_path);
+        QCOMPARE(after["0"].size(), pictures);
+        for (auto stream = after.begin(); stream != after.end(); ++stream)
+            QCOMPARE(before[stream.key()].first(stream->size()), *stream);
+        const double length = double(pictures) / 15;
+        QVERIFY(std::abs(duration(m_path, u"v:0"_s) - length) < 0.01);
+        if (after.contains("1")) {
+            const double sound = double(after["1"].size()) * 1152 / 44100;
+            QVERIFY(std::abs(duration(m_path, u"a:0"_s) - sound) < 0.05);
+        }
+        QCOMPARE(run(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, m_path, u"-f"_s, u"null"_s, u"-"_s}),
+                 QByteArray());
+        QCOMPARE(run(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-ss"_s, u"1.0"_s, u"-i"_s, m_path, u"-frames:v"_s,
+                                   u"1"_s, u"-f"_s, u"null"_s, u"-"_s}),
+                 QByteArray());
+        QVERIFY(std::abs(seekTo(m_path, 1.0) - 1.0) < 0.1);
+
+        const QByteArray repaired = content(m_path);
+        QVERIFY(!avirepair::isCutOff(m_path));
+        QVERIFY(!avirepair::repair(m_path));
+        QCOMPARE(content(m_path), repaired);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        gst_init(nullptr, nullptr);
+        m_path = m_folder.filePath(u"film.avi"_s);
+        for (const bool withSound : {false, true}) {
+            m_start[withSound] = record(m_folder.filePath(u"start.avi"_s), withSound, true);
+            record(wholeFilm(withSound), withSound, false);
+        }
+    }
+
+    void aCutFilmBecomesTheFilmItWouldHaveBeen_data()
+    {
+        QTest::addColumn<bool>("withSound");
+        QTest::newRow("with sound") << true;
+        QTest::newRow("without sound") << false;
+    }
+    void aCutFilmBecomesTheFilmItWouldHaveBeen()
+    {
+        QFETCH(const bool, withSound);
+        const CutFilm film = cutFilm(withSound);
+        compareAfterRepair(film.bytes, kPictures, withSound);
+        QByteArray expected = content(wholeFilm(withSound));
+        QByteArray repaired = content(m_path);
+        for (QByteArray *bytes : {&expected, &repaired}) {
+            bytes->replace(0x24, 4, "rate"); // bytes a second: an estimate
+            if (withSound)
+                bytes->replace(0x328, 4, "long"); // the sound's packets, or one less
+        }
+        QVERIFY(expected == repaired);
+    }
+
+    void whereverItIsCut_data()
+    {
+        QTest::addColumn<bool>("inParts");
+        QTest::addColumn<int>("fromEnd"); // bytes missing
+        QTest::addColumn<QByteArray>("tail");
+        QTest::addColumn<int>("picturesLost");
+        QTest::newRow("in the last picture") << false << 1000 << QByteArray() << 1;
+        QTest::newRow("a length without content") << false << 5000 << QByteArray(5000, '\0') << 1;
+        QTest::newRow("nothing but zeros behind") << false << 0 << QByteArray(9000, '\0') << 0;
+        QTest::newRow("in the index") << false << 0
+                                      << QByteArray("idx1\x00\x10\x00\x00"
+                                                    "00db",
+                                                    12)
+                                      << 0;
+        QTest::newRow("in the next head") << false << 0 << QByteArray("00db\x05", 5) << 0;
+        QTest::newRow("second part") << true << 0 << QByteArray() << 0;
+        QTest::newRow("in the second part") << true << 1000 << QByteArray() << 1;
+    }
+    void whereverItIsCut()
+    {
+        QFETCH(const bool, inParts);
+        QFETCH(const int, fromEnd);
+        QFETCH(const QByteArray, tail);
+        QFETCH(const int, picturesLost);
+        const CutFilm film = cutFilm(true);
+        QVERIFY(film.bytes.sliced(film.packets.last().at).startsWith("00db"));
+        const QByteArray bytes = inParts ? film.inTwoParts() : film.bytes;
+        compareAfterRepair(bytes.chopped(fromEnd) + tail, kPictures - picturesLost);
+    }
+
+    void aCutBetweenTwoParts()
+    {
+        const CutFilm film = cutFilm(true);
+        const QByteArray parts = film.inTwoParts();
+        qsizetype pictures = 0;
+        for (const Chunk &packet : film.packets.first(film.packets.size() / 2))
+            pictures += film.bytes.sliced(packet.at).startsWith("00db");
+        compareAfterRepair(parts.first(parts.indexOf("AVIX") + 16), pictures); // a part without a packet
+        compareAfterRepair(parts.first(parts.indexOf("ix01") + 50), pictures); // a torn index
+    }
+
+    void whatIsNoCutFilmOfOursStaysAsItIs()
+    {
+        const CutFilm film = cutFilm(true);
+        const QByteArray whole = content(wholeFilm(true));
+        const qsizetype packets = film.packets.first().at;
+        QByteArray noPictures = film.bytes;
+        noPictures.replace(0x70, 4, "DIVX");
+        for (const QByteArray &bytes :
+             {whole, QByteArray(), QByteArray("RIFF"), QByteArray(100000, 'x'), film.bytes.first(300),
+              film.bytes.first(packets), film.bytes.first(packets) + QByteArray(5000, '\xff'), noPictures,
+              film.bytes + QByteArray(65 * 1024 * 1024, 'x')}) {
+            put(m_path, bytes);
+            QVERIFY(!avirepair::repair(m_path));
+            QVERIFY(content(m_path) == bytes);
+        }
+        QVERIFY(!avirepair::isCutOff(m_folder.filePath(u"none.avi"_s)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFilm)
+#include "test_film.moc"
