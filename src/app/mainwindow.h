@@ -167,7 +167,7 @@ private:
     void enterCaptureWindowEntry();
     void enterCaptureWindowExit();
     void savePicture();
-    void logCapture(eLogFileOperation operation); // currFileName, at the meter count
+    void logCapture(eLogFileOperation operation, const QString &name); // at the meter count
     void showCurrentFolder();
     bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
 
@@ -176,7 +176,9 @@ private:
     void enterLiveSavingMovie();
     void enterLiveTerminateSavingMovie();
     void setRecordingButtonsEnabled(bool enabled);
-    void followRecording(); // running time and room on the card, at every frame
+    void startFilm();
+    void continueInNextFilm(); // the one that runs is as long as a card's file may be
+    void followRecording();    // running time, size, and room on the card, at every frame
     void saveFilmThumbnail(const QString &name);
     void repairFilms(); // those of the current folder whose writing was cut off
     void showRecordingEnded();

@@ -74,10 +74,10 @@ void MainWindow::enterSDCardCorrupt()
     restoreMainState(previous);
 }
 
-void MainWindow::logCapture(eLogFileOperation operation)
+void MainWindow::logCapture(eLogFileOperation operation, const QString &name)
 {
     UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount),
-                   inCurrentFolder(g_SavedFSInfo.currFileName), QString());
+                   inCurrentFolder(name), QString());
 }
 
 void MainWindow::enterLiveSavingStill()
@@ -99,7 +99,7 @@ void MainWindow::savePicture()
         stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
                               {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
     stillpicture::save(tmpQimage, path);
-    logCapture(eImageCapture);
+    logCapture(eImageCapture, g_SavedFSInfo.currFileName);
     ++g_SavedFSInfo.currDCIMIndex;
     ChangeMainState(eStateCaptureWindowEntry);
 }

@@ -6,6 +6,7 @@
 #include "app/livemode.h"
 #include "app/runningtime.h"
 #include "film/avirepair.h"
+#include "film/filmlimit.h"
 #include "media/gst_videoinput.h"
 #include "platform/command.h"
 #include "platform/unit.h"
@@ -22,7 +23,7 @@
 
 namespace {
 
-constexpr int kFullCheckTicks = 15; // frames between two looks at the card's room
+constexpr int kCardCheckTicks = 15; // frames between two looks at the card's room and the film's size
 
 QString thumbnailOf(const QString &film)
 {
@@ -31,17 +32,23 @@ QString thumbnailOf(const QString &film)
 
 } // namespace
 
-void MainWindow::enterLiveSavingMovieQueued()
+// A file of its own for what is recorded from here on.
+void MainWindow::startFilm()
 {
     g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".avi"));
     const QByteArray file = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)).toUtf8();
     gst_StartRecordingAVIFile(file.constData(), int(file.size()));
+}
+
+void MainWindow::enterLiveSavingMovieQueued()
+{
+    startFilm();
     clearLiveVideoLabel();
     ui->labelInputVideo->show();
     ui->btn_DamageCatelog->show();
     imageTimer->start();
     ++g_SavedFSInfo.currDCIMIndex;
-    logCapture(eVideoStart);
+    logCapture(eVideoStart, g_SavedFSInfo.currFileName);
     ActivateMSDC(false);
     ChangeMainState(eStateLiveSavingMovie);
 }
@@ -64,8 +71,25 @@ void MainWindow::setRecordingButtonsEnabled(bool enabled)
 void MainWindow::followRecording()
 {
     ui->lbl_VideoLengthIndicator->setText(runningTimeText(elapsedTime.elapsed()));
-    if (nFrame % kFullCheckTicks == 0 && isDiskFull())
+    if (nFrame % kCardCheckTicks != 0)
+        return;
+    if (isDiskFull())
         ChangeMainState(eStateLiveTerminateSavingMovie);
+    else if (QFileInfo(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName))).size() >= filmlimit::bytes())
+        continueInNextFilm();
+}
+
+// Whoever looks at the screen sees the recording go on, running time and all. First the new film, then what
+// has time.
+void MainWindow::continueInNextFilm()
+{
+    const QString closed = g_SavedFSInfo.currFileName;
+    gst_EndVideoInputPipeline();
+    startFilm();
+    ++g_SavedFSInfo.currDCIMIndex;
+    logCapture(eVideoStop, closed);
+    logCapture(eVideoStart, g_SavedFSInfo.currFileName);
+    saveFilmThumbnail(closed);
 }
 
 void MainWindow::enterLiveTerminateSavingMovie()
@@ -80,7 +104,7 @@ void MainWindow::enterLiveTerminateSavingMovie()
     gst_VideoInputPipeline(0);
     imageTimer->stop();
     command::run(QStringLiteral("sync"));
-    logCapture(eVideoStop);
+    logCapture(eVideoStop, g_SavedFSInfo.currFileName);
     saveFilmThumbnail(g_SavedFSInfo.currFileName);
     showRecordingEnded();
     ActivateMSDC(true);

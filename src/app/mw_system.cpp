@@ -199,7 +199,7 @@ void MainWindow::onProcessSystemShutdown()
     emit BusyIndicator(true);
     if (g_MainState == eStateLiveSavingMovie) {
         gst_SendVideoInputPipelineEOS(true);
-        logCapture(eVideoStop);
+        logCapture(eVideoStop, g_SavedFSInfo.currFileName);
     }
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
     qCDebug(log) << "Shutting Down...";

@@ -1,5 +1,6 @@
 #include "media/gst_videoinput.h"
 
+#include "media/filmstart.h"
 #include "media/filmsync.h"
 #include "media/videoinputlayout.h"
 #include "media/zoom.h"
@@ -118,6 +119,27 @@ void sendEndOfStream()
             return G_SOURCE_REMOVE;
         },
         nullptr);
+}
+
+// False after the limit. A broken source ends the stream all the same, so that the film is closed; behind any
+// other fault nothing comes any more.
+bool waitForEnd()
+{
+    const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
+    const gint64 limit = g_get_monotonic_time() + kEndLimitMs * 1000;
+    while (true) {
+        const gint64 left = std::max<gint64>(0, limit - g_get_monotonic_time());
+        GstMessage *message =
+            gst_bus_timed_pop_filtered(bus.get(), GstClockTime(left) * GST_USECOND,
+                                       static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+        if (!message)
+            return false;
+        const bool isOver = GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS ||
+                            !GST_OBJECT_FLAG_IS_SET(GST_MESSAGE_SRC(message), GST_ELEMENT_FLAG_SOURCE);
+        gst_message_unref(message);
+        if (isOver)
+            return true;
+    }
 }
 
 // appsink "new-sample", on a streaming thread: one copy of the frame for the GUI.
@@ -341,6 +363,8 @@ void gst_VideoInputPipeline(unsigned long)
     g_signal_connect(g_gst_Pipeline.videosink, "new-sample", G_CALLBACK(new_buffer), nullptr);
     setTextOverlays();
     connectQueues();
+    if (layout == eGSTStateRecordingWithAudio)
+        startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
 
     const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
     g_busWatch = gst_bus_add_watch(bus.get(), VideoInput_bus_call, nullptr);
@@ -361,13 +385,7 @@ void gst_EndVideoInputPipeline()
     if (!g_gst_Pipeline.pipeline)
         return;
     gst_element_send_event(g_gst_Pipeline.pipeline, gst_event_new_eos());
-    const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
-    GstMessage *message =
-        gst_bus_timed_pop_filtered(bus.get(), kEndLimitMs * GST_MSECOND,
-                                   static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    if (message)
-        gst_message_unref(message);
-    else
+    if (!waitForEnd())
         qCWarning(log) << "no end of stream from the video input pipeline, stopped by force";
     tearDown();
 }

@@ -1,6 +1,8 @@
 #include "app/screen.h"
 
 #include "film/avirepair.h"
+#include "film/filmlimit.h"
+#include "storage/inspectionlog.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
@@ -42,6 +44,17 @@ QString firstFilmBelow(const QString &folder)
 {
     QDirIterator files(folder, {u"TUBX0001.avi"_s}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     return files.hasNext() ? files.next() : QString();
+}
+
+void stopFilm(Screen &screen)
+{
+    screen.touch(40, 485);
+    QVERIFY(screen.button("btn_menu_Tools")->isEnabled());
+}
+
+qsizetype entriesIn(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
 }
 
 int recordUntilKilled()
@@ -87,6 +100,93 @@ private slots:
         QVERIFY(std::abs(duration(film, u"a:0"_s) - pictures) < 1); // what was on its way is lost
         QCOMPARE(output(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, film, u"-f"_s, u"null"_s, u"-"_s}),
                  QByteArray());
+    }
+
+    void aLongFilmGoesOnUnderTheNextNumber()
+    {
+        Screen screen;
+        filmlimit::setForTests(1500000);
+        startFilm(screen);
+        const QString first = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        const QString second = unit::path(inCurrentFolder(u"TUBX0002.avi"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(second).size() > 0, 60000);
+        filmlimit::setForTests(0);
+        const QDateTime closed = QFileInfo(first).lastModified();
+        QVERIFY(!screen.button("btn_menu_Tools")->isEnabled());
+        QVERIFY(screen.text("lbl_VideoLengthIndicator") >= u"00:00:01"_s); // runs on
+        QTRY_VERIFY(QFileInfo(second).size() > 1000000);
+        const QDateTime stopped = QDateTime::currentDateTime();
+        stopFilm(screen);
+        const double gap = double(closed.msecsTo(stopped)) / 1000 - duration(second, u"v:0"_s);
+        QVERIFY2(gap < 1, qPrintable(QString::number(gap)));
+        for (const QString &film : {first, second})
+            QVERIFY(!avirepair::isCutOff(film) && duration(film, u"v:0"_s) > 0.5);
+        QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".thumbs/TUBX0001.jpg"_s))));
+        QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".thumbs/TUBX0002.jpg"_s))));
+        const QByteArray log = screen.folder.content(screen.logFile(u".txt"_s));
+        const qsizetype rows[] = {log.indexOf("|-- TUBX0001.avi"), log.indexOf("--| TUBX0001.avi"),
+                                  log.indexOf("|-- TUBX0002.avi"), log.indexOf("--| TUBX0002.avi")};
+        QVERIFY(rows[0] >= 0 && std::is_sorted(std::begin(rows), std::end(rows)));
+    }
+
+    void aLostCameraEndsTheFilmInOrder()
+    {
+        Screen screen;
+        startFilm(screen);
+        const QString film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        QTRY_COMPARE(screen.text("lbl_VideoLengthIndicator"), u"00:00:02"_s);
+        screen.folder.control({u"camera"_s, u"lost"_s});
+        QTRY_COMPARE_WITH_TIMEOUT(g_gst_VideoPipelineMode, eGSTStateError, 20000);
+        QVERIFY(!avirepair::isCutOff(film));
+        QVERIFY(duration(film, u"v:0"_s) > 1);
+        QVERIFY(screen.folder.content(screen.logFile(u".txt"_s)).contains("--| TUBX0001.avi"));
+        auto *label = screen.window.findChild<QLabel *>(u"labelInputVideo"_s);
+        const QImage critical(u":/MyGraphicResources/graphics/critical_system_error_bg.png"_s);
+        QTRY_COMPARE(label->grab().toImage().pixelColor(360, 288), critical.pixelColor(360, 288));
+        g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    }
+
+    void theStreamComesBackAfterAFilmAndIsSwitchedOffWhenItCannot()
+    {
+        Screen screen;
+        quint8 &streaming = params::getInstance()->getParams().bNetworkStreaming;
+        streaming = 1;
+        g_gst_VideoPipelineMode = eGSTStateStreaming;
+        startFilm(screen);
+        QTRY_COMPARE(screen.text("lbl_VideoLengthIndicator"), u"00:00:01"_s);
+        stopFilm(screen);
+        QVERIFY(g_gst_Pipeline.videoStreamSink);
+        QVERIFY(streaming);
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
+
+        gst_SetNetworkStreamingIPAddress("");
+        gst_VideoInputPipeline(0);
+        QTRY_VERIFY(!streaming);
+        QTRY_VERIFY(g_gst_Pipeline.videocrop);
+        QVERIFY(screen.button("btn_menu_Capture")->isEnabled());
+    }
+
+    void filmAfterFilmLeavesNothingBehind()
+    {
+        Screen screen;
+        screen.waitForCard();
+        screen.touch(40, 337);
+        qsizetype threads = 0, descriptors = 0;
+        for (int i = 0; i < 6; ++i) {
+            gst_EnableAudioRecording(i % 2);
+            screen.touch(40, 485);
+            QTRY_COMPARE(screen.text("lbl_VideoLengthIndicator"), u"00:00:01"_s);
+            stopFilm(screen);
+            const int before = nBuffers;
+            QTRY_VERIFY(nBuffers > before + 3);
+            if (i < 3) {
+                threads = std::max(threads, entriesIn(u"/proc/self/task"_s));
+                descriptors = std::max(descriptors, entriesIn(u"/proc/self/fd"_s));
+            }
+        }
+        QTRY_VERIFY(entriesIn(u"/proc/self/task"_s) <= threads);
+        QTRY_VERIFY(entriesIn(u"/proc/self/fd"_s) <= descriptors);
     }
 };
 

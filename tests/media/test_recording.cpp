@@ -1,0 +1,153 @@
+#include "testunit.h"
+
+#include "media/boardelements.h"
+#include "media/gst_videoinput.h"
+
+#include <QTest>
+
+#include <cmath>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double kFramesPerSecond = 15;
+constexpr int kSoundRate = 8000;
+
+QByteArray output(const QString &program, const QStringList &arguments)
+{
+    QProcess tool;
+    tool.start(program, arguments);
+    tool.waitForFinished(60000);
+    return tool.readAllStandardOutput();
+}
+
+double duration(const QString &film, const QString &stream)
+{
+    return output(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-select_streams"_s, stream, u"-show_entries"_s,
+                                 u"stream=duration"_s, u"-of"_s, u"csv=p=0"_s, film})
+        .trimmed()
+        .toDouble();
+}
+
+// Seconds at which the picture turns bright.
+QList<double> flashes(const QString &film)
+{
+    const QByteArray pixels =
+        output(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, film, u"-map"_s, u"0:v"_s, u"-vf"_s,
+                             u"crop=64:64:300:300,scale=1:1,format=gray"_s, u"-f"_s, u"rawvideo"_s, u"-"_s});
+    QList<double> times;
+    for (qsizetype i = 1; i < pixels.size(); ++i) {
+        if (uchar(pixels[i]) > 120 && uchar(pixels[i - 1]) <= 120)
+            times << double(i) / kFramesPerSecond;
+    }
+    return times;
+}
+
+// Seconds at which a beep begins.
+QList<double> beeps(const QString &film)
+{
+    const QByteArray bytes =
+        output(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, film, u"-map"_s, u"0:a"_s, u"-ac"_s, u"1"_s,
+                             u"-ar"_s, QString::number(kSoundRate), u"-f"_s, u"s16le"_s, u"-"_s});
+    QList<double> times;
+    qsizetype loud = -kSoundRate;
+    for (qsizetype i = 0; i < bytes.size() / 2; ++i) {
+        qint16 sample = 0;
+        std::memcpy(&sample, bytes.constData() + 2 * i, 2);
+        if (std::abs(sample) < 4000)
+            continue;
+        if (i - loud > kSoundRate / 4)
+            times << double(i) / kSoundRate;
+        loud = i;
+    }
+    return times;
+}
+
+// A tenth of a second of white, every second.
+GstPadProbeReturn flash(GstPad *, GstPadProbeInfo *info, gpointer)
+{
+    GstBuffer *picture = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
+    GST_PAD_PROBE_INFO_DATA(info) = picture;
+    GstMapInfo map;
+    if (GST_BUFFER_PTS(picture) % GST_SECOND < 100 * GST_MSECOND &&
+        gst_buffer_map(picture, &map, GST_MAP_WRITE)) {
+        std::memset(map.data, 235, 720 * 576);
+        gst_buffer_unmap(picture, &map);
+    }
+    return GST_PAD_PROBE_OK;
+}
+
+// What was to be heard before the time given (ms) is lost.
+GstPadProbeReturn open(GstPad *, GstPadProbeInfo *info, gpointer late)
+{
+    const GstBuffer *sound = GST_PAD_PROBE_INFO_BUFFER(info);
+    return GST_BUFFER_PTS(sound) < GPOINTER_TO_UINT(late) * GST_MSECOND ? GST_PAD_PROBE_DROP
+                                                                        : GST_PAD_PROBE_OK;
+}
+
+void addProbe(const char *element, GstPadProbeCallback callback, gpointer data)
+{
+    const GstOwner<GstElement> source(gst_bin_get_by_name(GST_BIN(g_gst_Pipeline.pipeline), element));
+    const GstOwner<GstPad> pad(gst_element_get_static_pad(source.get(), "src"));
+    gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, callback, data, nullptr);
+}
+
+} // namespace
+
+class TestRecording : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        gst_init(nullptr, nullptr);
+        for (quint8 *&buffer : g_pcFrameBuffer)
+            buffer = static_cast<quint8 *>(calloc(1, kFrameBytes));
+    }
+
+    void soundAndPictureAreInStep_data()
+    {
+        QTest::addColumn<int>("late"); // ms that the microphone needs to open
+        QTest::newRow("at once") << 0;
+        QTest::newRow("a slow microphone") << 300;
+    }
+    void soundAndPictureAreInStep()
+    {
+        QFETCH(const int, late);
+        const TestUnit folder({u"/home/root/tubix4_app"_s});
+        folder.put(u"/home/root/tubix4_app/board.conf"_s,
+                   "[roles]\ndisplay=fakesink sync=true\nconverter=videoconvert\n"
+                   "camera=\"videotestsrc is-live=true pattern=black name=eye ! "
+                   "video/x-raw,format=I420,width=720,height=576,framerate=25/1\"\n"
+                   "microphone=audiotestsrc is-live=true wave=ticks freq=1000 sine-periods-per-tick=100 "
+                   "name=ear\n");
+        resetBoardElementsForTests();
+        gst_EnableAudioRecording(1);
+        const QString film = unit::path(u"/film.avi"_s);
+        const QByteArray path = film.toUtf8();
+        gst_StartRecordingAVIFile(path.constData(), int(path.size()));
+        QVERIFY(g_gst_Pipeline.videosavesink);
+        addProbe("eye", flash, nullptr);
+        addProbe("ear", open, GUINT_TO_POINTER(late));
+        QTest::qWait(6000);
+        gst_EndVideoInputPipeline();
+
+        QVERIFY(std::abs(duration(film, u"v:0"_s) - duration(film, u"a:0"_s)) < 0.2);
+        const QList<double> seen = flashes(film);
+        const QList<double> heard = beeps(film);
+        QVERIFY(seen.size() >= 4);
+        // A picture lasts 67 ms, and the one nearest in time is kept.
+        for (const double time : seen) {
+            double offset = 1;
+            for (const double beep : heard)
+                offset = std::abs(beep - time) < std::abs(offset) ? beep - time : offset;
+            QVERIFY2(std::abs(offset) < 0.1, qPrintable(QString::number(offset)));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecording)
+#include "test_recording.moc"

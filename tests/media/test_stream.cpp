@@ -1,0 +1,167 @@
+#include "testunit.h"
+
+#include "media/boardelements.h"
+#include "media/gst_videoinput.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int kPort = 1234;
+
+sockaddr_in loopback()
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(kPort);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+// A socket to or at the stream's port; closed with the object.
+class Socket
+{
+public:
+    Socket() : m_fd(open()) {}
+    ~Socket() { ::close(m_fd); }
+    Q_DISABLE_COPY_MOVE(Socket)
+
+    bool connect()
+    {
+        ::close(m_fd); // one that was refused is of no more use
+        m_fd = open();
+        const sockaddr_in address = loopback();
+        return ::connect(m_fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    }
+    bool listen()
+    {
+        const sockaddr_in address = loopback();
+        const int reuse = 1; // as the server does: an old connection may still be closing
+        ::setsockopt(m_fd, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+        return ::bind(m_fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+               ::listen(m_fd, 1) == 0;
+    }
+
+private:
+    static int open() { return ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0); }
+
+    int m_fd;
+};
+
+guint serverValue(const char *property)
+{
+    guint value = 0;
+    g_object_get(g_gst_Pipeline.videoStreamSink, property, &value, nullptr);
+    return value;
+}
+
+void startStream(const char *address)
+{
+    gst_SetNetworkStreamingIPAddress(address);
+    g_gst_VideoPipelineMode = eGSTStateStreaming;
+    gst_VideoInputPipeline(0);
+}
+
+void startViewer(QProcess &viewer)
+{
+    viewer.start(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-f"_s, u"mjpeg"_s, u"-i"_s, u"tcp://127.0.0.1:1234"_s,
+                               u"-frames:v"_s, u"50"_s, u"-f"_s, u"null"_s, u"-"_s});
+}
+
+} // namespace
+
+class TestStream : public QObject
+{
+    Q_OBJECT
+
+    TestUnit m_folder{{u"/home/root/tubix4_app"_s}};
+
+private slots:
+    void initTestCase()
+    {
+        gst_init(nullptr, nullptr);
+        for (quint8 *&buffer : g_pcFrameBuffer)
+            buffer = static_cast<quint8 *>(calloc(1, kFrameBytes));
+        m_folder.put(
+            u"/home/root/tubix4_app/board.conf"_s,
+            "[roles]\ndisplay=fakesink sync=true\nconverter=videoconvert\n"
+            "camera=\"videotestsrc is-live=true ! video/x-raw,width=720,height=576,framerate=25/1\"\n");
+        resetBoardElementsForTests();
+    }
+
+    void cleanup()
+    {
+        gst_EndVideoInputPipeline();
+        g_gst_VideoPipelineMode = eGSTStateLiveVideo;
+    }
+
+    void viewersDoNotHinderEachOtherOrTheLivePicture()
+    {
+        startStream("127.0.0.1");
+        Socket stalled;
+        QTRY_VERIFY(stalled.connect());
+        QTRY_COMPARE(serverValue("num-handles"), 1U);
+        {
+            Socket leaving;
+            QVERIFY(leaving.connect());
+            QTRY_COMPARE(serverValue("num-handles"), 2U);
+        }
+        QProcess first, second;
+        startViewer(first);
+        startViewer(second);
+        const int before = nBuffers;
+        QElapsedTimer time;
+        time.start();
+        QTRY_VERIFY_WITH_TIMEOUT(first.state() == QProcess::NotRunning, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(second.state() == QProcess::NotRunning, 20000);
+        const double seconds = double(time.elapsed()) / 1000;
+        QCOMPARE(first.readAllStandardError(), QByteArray());
+        QCOMPARE(second.readAllStandardError(), QByteArray());
+        QVERIFY2(seconds < 6, qPrintable(QString::number(seconds))); // 50 pictures and a player's start
+        QVERIFY(nBuffers - before > seconds * 25 * 0.8);
+        QVERIFY(serverValue("buffers-queued") <= 25);
+        // The one that takes nothing is let go, and the film of its pictures with it.
+        QTRY_COMPARE_WITH_TIMEOUT(serverValue("num-handles"), 0U, 20000);
+    }
+
+    void aStreamThatCannotBeServedGivesWayToTheLivePicture_data()
+    {
+        QTest::addColumn<QByteArray>("address");
+        QTest::addColumn<bool>("isBusy");
+        QTest::newRow("no address") << QByteArray() << false;
+        QTest::newRow("not ours") << QByteArray("192.0.2.1") << false;
+        QTest::newRow("busy port") << QByteArray("127.0.0.1") << true;
+    }
+    void aStreamThatCannotBeServedGivesWayToTheLivePicture()
+    {
+        QFETCH(const QByteArray, address);
+        QFETCH(const bool, isBusy);
+        Socket other;
+        QVERIFY(!isBusy || other.listen());
+        startStream(address.constData());
+        QTRY_VERIFY(g_gst_Pipeline.videocrop);
+        QCOMPARE(g_gst_VideoPipelineMode, eGSTStateLiveVideo);
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
+    }
+
+    void theStreamComesBackWhereAViewerWas()
+    {
+        for (int i = 0; i < 3; ++i) {
+            startStream("127.0.0.1");
+            Socket viewer;
+            QTRY_VERIFY(viewer.connect());
+            QTRY_COMPARE(serverValue("num-handles"), 1U);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStream)
+#include "test_stream.moc"
