@@ -59,6 +59,7 @@ public:
     // --- mainstatemachine.cpp ---
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
+    eMainStates mainState() const { return g_MainState; }
 
 signals:
     void initShutdownTimer();

@@ -109,11 +109,15 @@ void MainWindow::enterSDCardRemoved()
         endRecordingWithoutCard();
         break;
     case CardRemovalResult::EndVoiceNote:
+        recordAudioTimer->stop();
+        endNoteRecording();
+        setNoteRecordingButtonsEnabled(true);
         tellCardLost();
         ChangeMainState(eStatePlaybackNothingSaved);
         break;
     case CardRemovalResult::EndPlayback:
     case CardRemovalResult::NothingSaved:
+        stopPlayback();
         ChangeMainState(eStatePlaybackNothingSaved);
         break;
     }

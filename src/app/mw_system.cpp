@@ -139,6 +139,7 @@ void MainWindow::enterUsbActive()
     genericDelayTimer->stop();
     closeEditor();
     hideToolsPage();
+    stopPlayback();
     hideOtherScreens();
     ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
@@ -151,6 +152,9 @@ void MainWindow::enterUsbDisconnected()
 {
     ui->frm_LiveMenuButtons_Left->setEnabled(true); // a pop-up may have been cut off
     ui->frm_LiveMenuButtons_Left->show();
+    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
+    showLiveTopBar(true);
+    ui->lbl_DamageCatelogText->show();
     if (SDCardInfo.inserted)
         showCurrentFolder();
     gst_VideoInputPipeline(0);
@@ -202,6 +206,10 @@ void MainWindow::shutDown()
     if (g_MainState == eStateLiveSavingMovie) {
         gst_SendVideoInputPipelineEOS(true);
         logCapture(eVideoStop);
+    }
+    if (g_MainState == eStatePlaybackSnapshotRecordingAudio) {
+        recordAudioTimer->stop();
+        endNoteRecording();
     }
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
     gst_EndVideoInputPipeline(); // a film is on the card, whole, before the power goes
