@@ -225,15 +225,22 @@ private slots:
     {
         Screen screen;
         screen.waitForCard();
+        std::optional<Cancelling> no;
+        QTimer hands; // at work while the question stands
+        connect(&hands, &QTimer::timeout, &screen.window, [&] {
+            if (no || !QApplication::activeModalWidget())
+                return;
+            screen.folder.control({u"card"_s, u"remove"_s});
+            screen.folder.control({u"card"_s, u"insert"_s});
+            no.emplace(screen.window);
+        });
+        hands.start(50);
         screen.folder.control({u"card"_s, u"corrupt"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(QApplication::activeModalWidget(), 20000);
-        screen.folder.control({u"card"_s, u"remove"_s});
-        screen.folder.control({u"card"_s, u"insert"_s});
-        const Cancelling no(screen.window);
+        QTRY_VERIFY_WITH_TIMEOUT(no, 20000);
         QTRY_VERIFY_WITH_TIMEOUT(params::getInstance()->getParams().MSDC_ModuleInstalled &&
                                      screen.window.mainState() == eStateLive,
                                  20000);
-        QVERIFY(no.mostAtOnce() <= 1);
+        QVERIFY(no->mostAtOnce() <= 1);
         captureWorks(screen);
     }
 
@@ -251,13 +258,7 @@ private slots:
         appendToLog(flood + "mmc1: card b368 removed\n");
         QElapsedTimer clock;
         clock.start();
-        qint64 longest = 0;
-        QElapsedTimer turn;
-        turn.start();
-        QTRY_VERIFY_WITH_TIMEOUT((longest = std::max(longest, turn.restart()),
-                                  screen.window.mainState() == eStateSDCardRemoved ||
-                                      !screen.button("btn_menu_Capture")->isEnabled()),
-                                 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.button("btn_menu_Capture")->isEnabled(), 30000);
         qInfo() << "flood read in" << clock.elapsed() << "ms," << painted << "frames painted";
         QVERIFY(isQuiet(screen.window, eStateLive));
     }
