@@ -117,6 +117,20 @@ CardButtons cardButtons(bool cardIsThere, eMainStates state)
     }
 }
 
+bool holdsCard(eMainStates state)
+{
+    switch (state) {
+    case eStatePlaybackSnapshotAudioPlaying:
+    case eStatePlaybackSnapshotAudioPaused:
+    case eStatePlaybackMoviePlaying:
+    case eStatePlaybackMovieResumePlaying:
+    case eStatePlaybackMoviePaused:
+        return true;
+    default:
+        return screenOf(state) == ScreenKind::Recording;
+    }
+}
+
 bool mayAskForUpgrade(eMainStates previous)
 {
     switch (screenOf(previous)) {

@@ -33,6 +33,9 @@ struct CardButtons
 };
 CardButtons cardButtons(bool cardIsThere, eMainStates state);
 
+// True while a file of the card is open or about to be: nothing else may use the card, no host may get it.
+bool holdsCard(eMainStates state);
+
 // True when the question for an upgrade may come up: not into a recording, a note or a film.
 bool mayAskForUpgrade(eMainStates previous);
 

@@ -182,6 +182,7 @@ private:
     void enterSDCardRemoved();
     void enterSDCardCorrupt();
     void showCardButtons(bool cardIsThere, eMainStates state);
+    void takeCard(eMainStates previous);
     void offerUpgrade(eMainStates previous);
     void endCardEvent(eMainStates event, eMainStates previous);
     void enterLiveSavingStill();

@@ -61,17 +61,21 @@ void MainWindow::enterSDCardInserted()
     showCardButtons(true, previous);
     Sleeper::sleep(1); // the mount follows the kernel's message
     updateMainMenuSDCardInfo();
+    if (!holdsCard(previous)) // else the kernel tells again what we know
+        takeCard(previous);
+    endCardEvent(eStateSDCardInserted, previous);
+}
+
+void MainWindow::takeCard(eMainStates previous)
+{
     CreateDCIMStructure(QString());
     repairFilms();
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
-    ui->lbl_CurrentFilenameandPath->setText(shownFolder(g_SavedFSInfo.currRootDirectory));
-    if (const ScreenKind screen = screenOf(previous);
-        screen == ScreenKind::Live || screen == ScreenKind::Recording)
-        ui->lbl_CurrentFilenameandPath->show();
+    if (screenOf(previous) == ScreenKind::Live)
+        showCurrentFolder();
     if (mayAskForUpgrade(previous) && SystemUpgradePresent())
         offerUpgrade(previous);
     ActivateMSDC(true);
-    endCardEvent(eStateSDCardInserted, previous);
 }
 
 void MainWindow::offerUpgrade(eMainStates previous)

@@ -212,8 +212,12 @@ private slots:
         screen.touch(40, 485);
         QTRY_COMPARE(screen.window.mainState(), eStateLiveSavingMovie);
         appendToLog(" mmcblk1: p1\n");
-        QTRY_COMPARE_WITH_TIMEOUT(screen.folder.content(u"/var/log/commands"_s).count("modprobe"), 2, 20000);
+        QVERIFY(QTest::qWaitFor([&] { return screen.window.mainState() == eStateLiveSavingMovie; }));
+        QTRY_VERIFY(quint64(QFileInfo(unit::path(u"/var/log/messages"_s)).size()) ==
+                    params::getInstance()->getParams().lastMessageLogLocation);
         QVERIFY(isQuiet(screen.window, eStateLiveSavingMovie));
+        // No host gets the card while the film is written to it.
+        QCOMPARE(screen.folder.content(u"/var/log/commands"_s).count("modprobe"), 1);
         QVERIFY((shownButtons(screen) == CardButtons{true, false, false, true}));
         screen.touch(40, 485);
         QVERIFY((shownButtons(screen) == CardButtons{true, true, true, true}));
@@ -342,6 +346,13 @@ private slots:
         screen.folder.control({u"card"_s, u"insert"_s});
         QTRY_VERIFY_WITH_TIMEOUT((shownButtons(screen) == CardButtons{false, false, false, true}), 15000);
         QVERIFY(isQuiet(screen.window, eStateVideoInputPipelineFailure));
+        // The tools page is the way out.
+        screen.folder.control({u"camera"_s, u"back"_s});
+        screen.touch(40, 411);
+        QTRY_VERIFY(screen.button("btn_menu_BackButton")->isVisible());
+        screen.touch(40, 559);
+        QVERIFY((shownButtons(screen) == CardButtons{true, true, true, true}));
+        captureWorks(screen);
     }
 
     void anUpgradeIsOfferedAndCarriedOut_data()
