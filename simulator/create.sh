@@ -31,7 +31,7 @@ create_folders()
     [ -d "$card_aside" ] || mkdir -p "$card"
 }
 
-# The stand-ins are always brought up to date; tar and ffmpeg are the real ones.
+# The stand-ins are always brought up to date; tar, openssl and ffmpeg are the real ones.
 create_commands()
 {
     local file program
@@ -39,7 +39,7 @@ create_commands()
     for file in "$here"/commands/*; do
         put "$root/usr/bin/$(basename "$file")" 755 <"$file"
     done
-    for program in tar ffmpeg; do
+    for program in tar openssl ffmpeg; do
         file=$(command -v "$program" || true)
         [ -z "$file" ] || ln -sfn "$file" "$root/usr/bin/$program"
     done

@@ -10,6 +10,7 @@
 #include "platform/servicemanager.h"
 #include "settings/params.h"
 #include "storage/eventlog.h"
+#include "storage/sdcard.h"
 
 #include <QTimer>
 
@@ -119,7 +120,7 @@ void MainWindow::enterVideoInputPipelineFailure()
     imageTimer->stop();
     ui->labelInputVideo->setPixmap(QPixmap(graphic("critical_system_error_bg.png")));
     ui->labelInputVideo->show();
-    ui->btn_menu_Capture->setEnabled(false);
+    showCardButtons(SDCardInfo.inserted, eStateVideoInputPipelineFailure);
     ui->btn_tools_Reset_Meter_Counter->setEnabled(false);
     ui->lbl_CurrentFilenameandPath->clear();
     ui->lbl_DamageCatelogText->hide();

@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 
 #include <QLoggingCategory>
+#include <QScopedValueRollback>
 
 #include <iterator>
 
@@ -115,8 +116,10 @@ const char *stateName(eMainStates state)
 
 void MainWindow::MainStateMachine()
 {
-    if (const auto enter = MainStateTable::rows[g_MainState].enter)
+    if (const auto enter = MainStateTable::rows[g_MainState].enter) {
+        const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
         (this->*enter)();
+    }
 }
 
 void MainWindow::ChangeMainState(eMainStates next)

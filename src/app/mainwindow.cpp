@@ -14,7 +14,7 @@
 #include "storage/sdcard.h"
 
 #include <QCoreApplication>
-#include <QFileSystemWatcher>
+#include <QScopedValueRollback>
 #include <QTimer>
 
 #include <algorithm>
@@ -59,7 +59,7 @@ void MainWindow::init()
     ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(settings.LEDIntensityStep));
     nFrame = 0;
     SDCardInfo.statechanged = 1;
-    setCardButtonsEnabled(false);
+    showCardButtons(false, eStateLive);
     // Always the first entry, whatever step was stored.
     SetImagerLEDBrightness(settings.LEDIntensitySteps[0][0]);
 
@@ -78,14 +78,6 @@ void MainWindow::init()
     systemCheckTimer->start();
     ChangeMainState(eStateLive);
     showLivePicture();
-}
-
-void MainWindow::setCardButtonsEnabled(bool enabled)
-{
-    for (QWidget *needsCard :
-         {ui->btn_menu_Capture, ui->btn_menu_CaptureModeSelect, ui->btn_menu_Thumbnails,
-          ui->btn_menu_FolderOptions, ui->btn_tools_Format_Media, ui->btn_menu_UnmountMedia})
-        needsCard->setEnabled(enabled);
 }
 
 void MainWindow::hideWhatIsNotLive()
@@ -137,15 +129,6 @@ void MainWindow::startMediaFramework()
     g_gst_VideoPipelineMode = eGSTStateLiveVideo;
     gst_EnableDateTimeOverlay(m_pParams->getParams().bDateTimeStamp);
     gst_VideoInputPipeline(0);
-}
-
-void MainWindow::watchMessageLog()
-{
-    messagelogWatcher = new QFileSystemWatcher(this);
-    connect(messagelogWatcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onLogfileChanged);
-    connect(messagelogWatcher, &QFileSystemWatcher::directoryChanged, this, &MainWindow::onDirectoryChanged);
-    messagelogWatcher->addPaths(
-        {unit::path(QStringLiteral("/var/log")), unit::path(QStringLiteral("/var/log/messages"))});
 }
 
 void MainWindow::setGenericDelayTimer(quint16 ms)
@@ -201,6 +184,7 @@ void MainWindow::shutdownTimerExpired()
 void MainWindow::onBusyIndicator(bool on)
 {
     ui->lbl_BusyIcon->setVisible(on);
+    const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
     // Painted before the caller blocks; a touch waits until it is done.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
@@ -221,5 +205,6 @@ void MainWindow::clearLiveVideoLabel()
     QPixmap black(kFrameWidth, kFrameHeight);
     black.fill(Qt::black);
     ui->labelInputVideo->setPixmap(black);
+    const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }

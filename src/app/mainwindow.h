@@ -2,10 +2,12 @@
 // decisions are plain functions elsewhere. GUI thread.
 #pragma once
 
+#include "app/cardevents.h"
 #include "app/mainstatemachine.h"
 #include "app/sleeper.h"
 #include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
+#include "system/messagelog.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -57,6 +59,7 @@ public:
     // --- mainstatemachine.cpp ---
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
+    eMainStates mainState() const { return g_MainState; }
 
 signals:
     void initShutdownTimer();
@@ -77,8 +80,8 @@ public slots:
     void shutdownTimerExpired();                  // mainwindow.cpp
     void genericDelayTimerExpired();              // mainwindow.cpp
     void onRecordAudioTimerExpired();             // mw_voicenote.cpp
-    void onLogfileChanged(const QString &path);   // mw_system.cpp
-    void onDirectoryChanged(const QString &path); // mw_system.cpp
+    void onLogfileChanged(const QString &path);   // mw_messagelog.cpp
+    void onDirectoryChanged(const QString &path); // mw_messagelog.cpp
 
     // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp and
     // toolsmenu_actions.cpp, the damage catalog in mw_damagecatelog.cpp, the editor's in mw_editor.cpp, the
@@ -135,11 +138,9 @@ private:
     friend struct MainStateTable; // names the entry actions below
 
     // --- mainwindow.cpp ---
-    void setCardButtonsEnabled(bool enabled);
     void hideWhatIsNotLive();
     void createTimers();
     void startMediaFramework();
-    void watchMessageLog();
 
     // --- liveview.cpp: live picture, zoom, light ---
     void showLivePicture(); // ends every way into live view and every rebuild of a live layout
@@ -155,14 +156,35 @@ private:
     void endDamageNote();
     void showBattery();
     void showCriticalBattery(const char *picture);
-    void checkUsbHost();
     void enterUsbActive();
     void enterUsbDisconnected();
+    void hideOtherScreens(); // all but live view, whatever was shown
+    void shutDown();
+    void powerOff();
+
+    // --- mw_events.cpp: card, USB host and power key, one event at a time ---
+    void announce(UnitEvent event); // takes it now, or as soon as no action and no question is on the stack
+    void takeEvents();
+    void take(UnitEvent event);
+    void takeCardEvent(eMainStates state);
+    void closeDialogs();
+    bool usbHostIsAttached() const;
+    void checkUsbHost();
+
+    // --- mw_messagelog.cpp: the kernel's messages ---
+    void watchMessageLog();
+    void readMessageLog();
+    messagelog::Card believedCard() const;
+    void announceCard(const messagelog::Batch &batch);
 
     // --- mw_filesystem.cpp: card states, stills ---
     void enterSDCardInserted();
     void enterSDCardRemoved();
     void enterSDCardCorrupt();
+    void showCardButtons(bool cardIsThere, eMainStates state);
+    void takeCard(eMainStates previous);
+    void offerUpgrade(eMainStates previous);
+    void endCardEvent(eMainStates event, eMainStates previous);
     void enterLiveSavingStill();
     void enterCaptureWindowEntry();
     void enterCaptureWindowExit();
@@ -170,6 +192,7 @@ private:
     void logCapture(eLogFileOperation operation, const QString &name); // at the meter count
     void showCurrentFolder();
     bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
+    void tellCardLost();
 
     // --- mw_recording.cpp: films ---
     void enterLiveSavingMovieQueued();
@@ -310,6 +333,10 @@ private:
     params *m_pParams = nullptr; // not owned
     qint16 m_i2cRetries = 0;     // meter readings failed in a row
     qint32 nSystemCheck = 0;     // calls of systemCheck() that reached their end
-    bool m_isReady = false;      // the line of announceReady() was printed
+    PendingEvents m_events;
+    int m_actionDepth = 0; // entry actions, and events let through by them, on the stack
+    messagelog::Batch m_logBatch;
+    bool m_isShuttingDown = false;
+    bool m_isReady = false; // the line of announceReady() was printed
     Sleeper delay;
 };

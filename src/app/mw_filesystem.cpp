@@ -11,6 +11,7 @@
 #include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
+#include "storage/upgrade.h"
 
 #include <QDateTime>
 #include <QTimer>
@@ -29,41 +30,101 @@ bool MainWindow::confirm(const char *picture)
     return box.returnStatus;
 }
 
+// What was being written is lost: this stays until it is seen, the card being gone already.
+void MainWindow::tellCardLost()
+{
+    flagCorruptSDCard();
+    ConfirmationBox box(QPixmap(graphic("confirmation_corrupt_sdcard.png")), this);
+    box.exec();
+}
+
 void MainWindow::showCurrentFolder()
 {
     ui->lbl_CurrentFilenameandPath->setText(shownFolder(g_SavedFSInfo.currRootDirectory));
     ui->lbl_CurrentFilenameandPath->show();
 }
 
+void MainWindow::showCardButtons(bool cardIsThere, eMainStates state)
+{
+    const CardButtons can = cardButtons(cardIsThere, state);
+    ui->btn_menu_Capture->setEnabled(can.capture);
+    ui->btn_menu_CaptureModeSelect->setEnabled(can.captureMode);
+    ui->btn_menu_Thumbnails->setEnabled(can.thumbnails);
+    for (QWidget *button :
+         {ui->btn_menu_FolderOptions, ui->btn_tools_Format_Media, ui->btn_menu_UnmountMedia})
+        button->setEnabled(can.toolsPage);
+}
+
 void MainWindow::enterSDCardInserted()
 {
     const eMainStates previous = g_prevMainState;
-    setCardButtonsEnabled(true);
+    showCardButtons(true, previous);
     Sleeper::sleep(1); // the mount follows the kernel's message
     updateMainMenuSDCardInfo();
+    if (!holdsCard(previous)) // else the kernel tells again what we know
+        takeCard(previous);
+    endCardEvent(eStateSDCardInserted, previous);
+}
+
+void MainWindow::takeCard(eMainStates previous)
+{
     CreateDCIMStructure(QString());
     repairFilms();
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
-    showCurrentFolder();
+    if (screenOf(previous) == ScreenKind::Live)
+        showCurrentFolder();
+    if (mayAskForUpgrade(previous) && SystemUpgradePresent())
+        offerUpgrade(previous);
     ActivateMSDC(true);
-    restoreMainState(previous);
+}
+
+void MainWindow::offerUpgrade(eMainStates previous)
+{
+    gst_EndVideoInputPipeline();
+    if (confirm("confirmation_software_upgrade.png")) {
+        emit BusyIndicator(true);
+        ProcessSystemUpgrade();
+        powerOff();
+        emit BusyIndicator(false);
+    }
+    if (screenOf(previous) != ScreenKind::Live)
+        return;
+    gst_VideoInputPipeline(0);
+    showLivePicture();
 }
 
 void MainWindow::enterSDCardRemoved()
 {
     const eMainStates previous = g_prevMainState;
+    const CardRemovalResult result = afterRemoval(previous);
     Sleeper::sleep(1);
     updateMainMenuSDCardInfo();
-    setCardButtonsEnabled(false);
+    showCardButtons(false, previous);
     ui->lbl_CurrentFilenameandPath->hide();
     ui->lbl_menu_Format_Media_Capacity->setText(QStringLiteral("----"));
     ui->pb_menu_StorageCapacity->setValue(0);
     ActivateMSDC(false);
     emit SDCardRemoved();
-    if (previous == eStateLiveSavingMovie)
+    switch (result) {
+    case CardRemovalResult::Restore:
+        endCardEvent(eStateSDCardRemoved, previous);
+        break;
+    case CardRemovalResult::EndRecording:
         endRecordingWithoutCard();
-    else
-        restoreMainState(previous);
+        break;
+    case CardRemovalResult::EndVoiceNote:
+        recordAudioTimer->stop();
+        endNoteRecording();
+        setNoteRecordingButtonsEnabled(true);
+        tellCardLost();
+        ChangeMainState(eStatePlaybackNothingSaved);
+        break;
+    case CardRemovalResult::EndPlayback:
+    case CardRemovalResult::NothingSaved:
+        stopPlayback();
+        ChangeMainState(eStatePlaybackNothingSaved);
+        break;
+    }
 }
 
 void MainWindow::enterSDCardCorrupt()
@@ -71,7 +132,15 @@ void MainWindow::enterSDCardCorrupt()
     const eMainStates previous = g_prevMainState;
     flagCorruptSDCard();
     confirm("confirmation_corrupt_sdcard.png");
-    restoreMainState(previous);
+    endCardEvent(eStateSDCardCorrupt, previous);
+}
+
+// Back to where the event came in, unless the question's time brought something else: a film that ended by an
+// error, a lost camera.
+void MainWindow::endCardEvent(eMainStates event, eMainStates previous)
+{
+    if (g_MainState == event)
+        restoreMainState(previous);
 }
 
 void MainWindow::logCapture(eLogFileOperation operation, const QString &name)

@@ -99,8 +99,13 @@ void MainWindow::enterLiveTerminateSavingMovie()
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     // Waited for: what comes now reads the closed film.
     gst_EndVideoInputPipeline();
-    if (isDiskFull())
-        confirm("confirmation_disk_full.png");
+    if (isDiskFull()) {
+        // A card that is gone has no room either.
+        if (SDCardInfo.inserted)
+            confirm("confirmation_disk_full.png");
+        else
+            tellCardLost();
+    }
     gst_VideoInputPipeline(0);
     imageTimer->stop();
     command::run(QStringLiteral("sync"));
@@ -151,9 +156,8 @@ void MainWindow::endRecordingWithoutCard()
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     gst_EndVideoInputPipeline();
     showRecordingEnded();
-    setCardButtonsEnabled(false);
-    flagCorruptSDCard();
-    confirm("confirmation_corrupt_sdcard.png");
+    showCardButtons(false, eStateLive);
+    tellCardLost();
     gst_VideoInputPipeline(0);
     ChangeMainState(eStateLive);
     showLivePicture();

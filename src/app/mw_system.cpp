@@ -4,7 +4,6 @@
 
 #include "app/cablelength.h"
 #include "app/graphics.h"
-#include "hw/hardware.h"
 #include "hw/i2c.h"
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
@@ -14,9 +13,7 @@
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
 #include "storage/sdcard.h"
-#include "system/messagelog.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -31,16 +28,6 @@ constexpr int kMostMeterRetries = 10;
 constexpr int kSlowCheck = 16;               // calls between two looks at battery and camera head
 constexpr int kCardCheck = 5;                // the one call that asks for the card
 constexpr int kCriticalShutdownDelay = 3000; // ms
-constexpr qint64 kLongestLine = 4096;        // bytes of a kernel message looked at in one piece
-
-struct CardState
-{
-    messagelog::Card card;
-    eMainStates state;
-};
-constexpr std::array kCardStates = {CardState{messagelog::Card::Inserted, eStateSDCardInserted},
-                                    CardState{messagelog::Card::Removed, eStateSDCardRemoved},
-                                    CardState{messagelog::Card::Corrupt, eStateSDCardCorrupt}};
 
 constexpr std::array kBatteryPictures = {"ind_Battery100.png",         "ind_Battery80.png",
                                          "ind_Battery60.png",          "ind_Battery40.png",
@@ -59,6 +46,7 @@ qint16 readMeterCount(bool raw)
 
 void MainWindow::systemCheck()
 {
+    takeEvents();
     if (g_gst_VideoPipelineMode == eGSTStateError) {
         ChangeMainState(eStateVideoInputPipelineFailure);
         return;
@@ -81,7 +69,7 @@ void MainWindow::systemCheck()
     if (nSystemCheck == kCardCheck) {
         getSDCardInfo();
         ++nSystemCheck; // before the state's action, which may wait with a dialog
-        ChangeMainState(SDCardInfo.inserted ? eStateSDCardInserted : eStateSDCardRemoved);
+        announce(SDCardInfo.inserted ? UnitEvent::CardInserted : UnitEvent::CardRemoved);
         return;
     }
     ++nSystemCheck;
@@ -127,6 +115,7 @@ void MainWindow::showBattery()
 
 void MainWindow::showCriticalBattery(const char *picture)
 {
+    closeDialogs(); // nobody answers them any more, and they hide the picture
     imageTimer->stop();
     ui->labelInputVideo->setPixmap(QPixmap(graphic(picture)));
     ui->labelInputVideo->show();
@@ -134,22 +123,11 @@ void MainWindow::showCriticalBattery(const char *picture)
              ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
              ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer, ui->frm_ToolsMenuButtons,
              ui->frm_VideoLengthIndicator, ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath,
-             ui->gv_MainView})
+             ui->gv_MainView, ui->frm_saving_information, ui->btn_menu_BackButton})
         widget->hide();
     // The next look at the battery comes in 3.2 s: it must not put the end off again and again.
     if (!shutdownTimer->isActive())
         shutdownTimer->start(kCriticalShutdownDelay);
-}
-
-void MainWindow::checkUsbHost()
-{
-    if (!m_pParams->getParams().MSDC_ModuleInstalled)
-        return;
-    const bool attached = USBHostDeviceAttached();
-    if (attached && g_MainState != eStateUsbActive)
-        ChangeMainState(eStateUsbActive);
-    else if (!attached && g_MainState == eStateUsbActive)
-        ChangeMainState(eStateUsbDisconnected);
 }
 
 // The card belongs to the host now: no button may write to it.
@@ -157,8 +135,13 @@ void MainWindow::enterUsbActive()
 {
     gst_SendVideoInputPipelineEOS(true);
     imageTimer->stop();
+    popUpTimer->stop();
+    genericDelayTimer->stop();
     closeEditor();
     hideToolsPage();
+    stopPlayback();
+    hideOtherScreens();
+    ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
     ui->labelInputVideo->show();
     ui->lbl_CurrentFilenameandPath->hide();
@@ -167,11 +150,26 @@ void MainWindow::enterUsbActive()
 
 void MainWindow::enterUsbDisconnected()
 {
+    ui->frm_LiveMenuButtons_Left->setEnabled(true); // a pop-up may have been cut off
     ui->frm_LiveMenuButtons_Left->show();
-    ui->lbl_CurrentFilenameandPath->show();
+    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
+    showLiveTopBar(true);
+    ui->lbl_DamageCatelogText->show();
+    if (SDCardInfo.inserted)
+        showCurrentFolder();
     gst_VideoInputPipeline(0);
     showLivePicture();
     ChangeMainState(eStateLive);
+}
+
+void MainWindow::hideOtherScreens()
+{
+    for (QWidget *widget : std::initializer_list<QWidget *>{
+             ui->frm_ToolsMenuButtons, ui->btn_menu_BackButton, ui->frm_ThumbnailViewer,
+             ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailImageEditButtons, ui->gv_MainView,
+             ui->frm_saving_information, ui->frm_VideoLengthIndicator, ui->pb_PlaybackIndicator,
+             ui->lbl_BusyIcon, ui->btn_DamageCatelog})
+        widget->hide();
 }
 
 int MainWindow::enableRawEncoderDisplay()
@@ -194,48 +192,33 @@ void MainWindow::ActivateMSDC(bool activate)
     m_pParams->getParams().MSDC_ModuleInstalled = offers;
 }
 
+// A key that repeats, or a battery that runs empty meanwhile, ends the unit once.
 void MainWindow::onProcessSystemShutdown()
 {
+    if (!m_isShuttingDown)
+        announce(UnitEvent::Shutdown);
+}
+
+void MainWindow::shutDown()
+{
+    m_isShuttingDown = true;
     emit BusyIndicator(true);
     if (g_MainState == eStateLiveSavingMovie) {
         gst_SendVideoInputPipelineEOS(true);
         logCapture(eVideoStop, g_SavedFSInfo.currFileName);
     }
+    if (g_MainState == eStatePlaybackSnapshotRecordingAudio) {
+        recordAudioTimer->stop();
+        endNoteRecording();
+    }
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
-    qCDebug(log) << "Shutting Down...";
     gst_EndVideoInputPipeline(); // a film is on the card, whole, before the power goes
-    command::run(QStringLiteral("poweroff"));
+    powerOff();
 }
 
-void MainWindow::onDirectoryChanged(const QString &path)
+void MainWindow::powerOff()
 {
-    qCDebug(log) << "Directory Changed: " << path;
-}
-
-void MainWindow::onLogfileChanged(const QString &path)
-{
-    _GlobalSystemSettings &settings = m_pParams->getParams();
-    const qint64 size = QFileInfo(path).size();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        qCDebug(log) << "[ERROR] Opening message log file";
-        return;
-    }
-    file.seek(qint64(settings.lastMessageLogLocation));
-    messagelog::Card card = messagelog::Card::Unknown;
-    for (const CardState &known : kCardStates) {
-        if (known.state == g_prevMainState)
-            card = known.card;
-    }
-    const messagelog::Card before = card;
-    while (!file.atEnd())
-        card = messagelog::afterLine(card, file.readLine(kLongestLine));
-    file.close();
-    settings.lastMessageLogLocation = quint64(size);
-    if (card == before)
-        return;
-    for (const CardState &known : kCardStates) {
-        if (known.card == card)
-            ChangeMainState(known.state);
-    }
+    qCDebug(log) << "Shutting Down...";
+    const command::Result end = command::run(QStringLiteral("poweroff"));
+    m_isShuttingDown = end.started && end.exitCode == 0; // else the key may be pressed again
 }

@@ -103,7 +103,7 @@ void MainWindow::enterToolsMenuExit()
         showCurrentFolder();
     }
     // A lost camera had them disabled; if it is still lost they will be again.
-    ui->btn_menu_Capture->setEnabled(SDCardInfo.inserted);
+    showCardButtons(SDCardInfo.inserted, eStateLive);
     ui->btn_tools_Reset_Meter_Counter->setEnabled(true);
     chooseLivePipelineMode();
     gst_VideoInputPipeline(0);

@@ -16,6 +16,7 @@ namespace {
 
 // Ours alone: what a kill leaves behind may be deleted without a second look.
 constexpr char kTemporarySuffix[] = ".tubix-new";
+constexpr qsizetype kCopyPiece = 65536; // bytes
 
 // An open descriptor that is closed on every way out.
 class Descriptor
@@ -66,6 +67,36 @@ bool fillTemporary(const QByteArray &temporary, const QByteArray &target, const 
     return writeAll(file.get(), content) && ::fsync(file.get()) == 0;
 }
 
+bool copyAll(int from, int to)
+{
+    QByteArray piece(kCopyPiece, '\0');
+    for (;;) {
+        const ssize_t n = ::read(from, piece.data(), size_t(kCopyPiece));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return n == 0;
+        if (!writeAll(to, QByteArray::fromRawData(piece.constData(), n)))
+            return false;
+    }
+}
+
+bool copyToTemporary(const QByteArray &source, const QByteArray &temporary)
+{
+    const Descriptor from(::open(source.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat info = {};
+    if (!from.isOpen() || ::fstat(from.get(), &info) != 0)
+        return false;
+    if (!S_ISREG(info.st_mode)) {
+        errno = EINVAL;
+        return false;
+    }
+    ::unlink(temporary.constData()); // of a copy that was cut off
+    const Descriptor to(::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    return to.isOpen() && copyAll(from.get(), to.get()) && ::fchmod(to.get(), info.st_mode & 0777) == 0 &&
+           ::fsync(to.get()) == 0;
+}
+
 void syncHostFolder(const QString &hostFolder)
 {
     Descriptor folder(::open(QFile::encodeName(hostFolder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -79,23 +110,42 @@ void report(QString *error)
         *error = QString::fromLocal8Bit(std::strerror(errno));
 }
 
-} // namespace
-
-namespace savefile {
-
-bool write(const QString &unitPath, const QByteArray &content, QString *error)
+// `fill(temporary, target)` makes the new file; it takes the place of the old one whole.
+template <typename Fill> bool replace(const QString &unitPath, Fill fill, QString *error)
 {
     const QString hostPath = unit::path(unitPath);
     const QByteArray target = QFile::encodeName(hostPath);
     const QByteArray temporary = target + kTemporarySuffix;
-    if (!fillTemporary(temporary, target, content) ||
-        ::rename(temporary.constData(), target.constData()) != 0) {
+    if (!fill(temporary, target) || ::rename(temporary.constData(), target.constData()) != 0) {
         report(error);
         ::unlink(temporary.constData());
         return false;
     }
     syncHostFolder(QFileInfo(hostPath).path());
     return true;
+}
+
+} // namespace
+
+namespace savefile {
+
+bool write(const QString &unitPath, const QByteArray &content, QString *error)
+{
+    return replace(
+        unitPath,
+        [&](const QByteArray &temporary, const QByteArray &target) {
+            return fillTemporary(temporary, target, content);
+        },
+        error);
+}
+
+bool copy(const QString &fromUnitPath, const QString &toUnitPath, QString *error)
+{
+    const QByteArray source = QFile::encodeName(unit::path(fromUnitPath));
+    return replace(
+        toUnitPath,
+        [&](const QByteArray &temporary, const QByteArray &) { return copyToTemporary(source, temporary); },
+        error);
 }
 
 std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *error)

@@ -13,6 +13,10 @@ namespace savefile {
 // when given; the old file then stands as it was and no temporary file stays.
 bool write(const QString &unitPath, const QByteArray &content, QString *error = nullptr);
 
+// The same for a copy of the file at `fromUnitPath`, which has to be a plain file: its content and the rights
+// (not the owner) that it has there. A link at `toUnitPath` is replaced, not followed.
+bool copy(const QString &fromUnitPath, const QString &toUnitPath, QString *error = nullptr);
+
 // The whole file, or nothing when it cannot be read or is larger than `limit` bytes (memory stays bounded).
 std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *error = nullptr);
 

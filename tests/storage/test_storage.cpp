@@ -5,7 +5,6 @@
 #include "storage/inspectionlog.h"
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
-#include "system/messagelog.h"
 
 #include <QDate>
 #include <QFileInfo>
@@ -288,31 +287,6 @@ private slots:
         card.put(inCurrentFolder(u"TUBX0004_235959.jpg"_s), "x");
         card.put(inCurrentFolder(u"TUBX0004_000000.jpg"_s), "x");
         QCOMPARE(freeEditedName(u"TUBX0004.jpg"_s, QTime(23, 59, 59)), u"TUBX0004_000001.jpg"_s);
-    }
-
-    void theKernelTellsTheCard_data()
-    {
-        QTest::addColumn<QByteArrayList>("lines");
-        QTest::addColumn<int>("card");
-        using messagelog::Card;
-        const auto row = [](const char *name, const QByteArrayList &lines, Card card) {
-            QTest::newRow(name) << lines << int(card);
-        };
-        row("other lines", {"usb 1-1: new device", "mmc0: card 0001 removed"}, Card::Unknown);
-        row("inserted", {"mmc1: new card", " mmcblk1: p1", "something else"}, Card::Inserted);
-        row("removed", {" mmcblk1: p1", "mmc1: card 0001 removed"}, Card::Removed);
-        row("put back", {"mmc1: card 0001 removed", " mmcblk1: p1"}, Card::Inserted);
-        row("corrupt", {" mmcblk1: p1", "FAT-fs: FAT read failed (blocknr 1)", "something else"},
-            Card::Corrupt);
-        row("an error without a card", {"FAT read failed"}, Card::Unknown);
-    }
-    void theKernelTellsTheCard()
-    {
-        QFETCH(const QByteArrayList, lines);
-        messagelog::Card card = messagelog::Card::Unknown;
-        for (const QByteArray &line : lines)
-            card = messagelog::afterLine(card, line);
-        QTEST(int(card), "card");
     }
 };
 
