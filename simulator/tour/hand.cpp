@@ -66,6 +66,11 @@ QWidget *Hand::find(const char *name) const
     return widget && widget->isVisible() && widget->isEnabled() ? widget : nullptr;
 }
 
+bool Hand::sees(const char *name) const
+{
+    return find(name) != nullptr;
+}
+
 void Hand::waitFor(const char *what, const std::function<bool()> &condition)
 {
     for (int waited = 0; waited < kPatience; waited += kGlance) {
@@ -82,7 +87,7 @@ void Hand::waitFor(const char *what, const std::function<bool()> &condition)
 
 void Hand::waitForScreen(const char *name)
 {
-    waitFor(name, [this, name] { return find(name) != nullptr; });
+    waitFor(name, [this, name] { return sees(name); });
 }
 
 void Hand::pause(int milliseconds)
@@ -104,8 +109,11 @@ void Hand::touchItem(const char *list, int row)
     waitForScreen(list);
     startOnGui([this, list, row] {
         const auto *view = qobject_cast<QAbstractItemView *>(find(list));
-        if (view)
-            tap(view->viewport(), view->visualRect(view->model()->index(row, 0)).center());
+        if (!view)
+            return;
+        const QModelIndex index = view->model()->index(row, 0);
+        view->scrollTo(index);
+        tap(view->viewport(), view->visualRect(index).center());
     });
 }
 
@@ -144,15 +152,17 @@ void Hand::unit(const QStringList &command)
     }
 }
 
-// The window with what stands in front of it.
+// The window with what stands in front of it: dialogs, each over the one that opened it.
 QImage Hand::screen() const
 {
     QImage picture = m_window.grab().toImage();
+    QWidgetList dialogs;
+    for (QWidget *widget = QApplication::activeModalWidget(); widget && widget != &m_window;
+         widget = widget->parentWidget() ? widget->parentWidget()->window() : nullptr)
+        dialogs.prepend(widget);
     QPainter painter(&picture);
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (widget != &m_window && widget->isVisible())
-            painter.drawPixmap(m_window.mapFromGlobal(widget->mapToGlobal(QPoint())), widget->grab());
-    }
+    for (QWidget *dialog : dialogs)
+        painter.drawPixmap(m_window.mapFromGlobal(dialog->mapToGlobal(QPoint())), dialog->grab());
     return picture;
 }
 

@@ -27,11 +27,12 @@ public:
 
     void waitFor(const char *what, const std::function<bool()> &condition); // asked on the GUI thread
     void waitForScreen(const char *name);                                   // until it is visible
+    bool sees(const char *name) const;                                      // GUI thread
     void pause(int milliseconds);
 
     void unit(const QStringList &command); // simulator/unit COMMAND
     void look(const char *picture);        // leaves PICTURE.jpg
-    void typeText(const QString &text);    // on the open keyboard, key by key
+    void typeText(const QString &text);    // on the open keyboard, letter by letter
 
 private:
     void onGui(const std::function<void()> &action) const;      // and waits for it

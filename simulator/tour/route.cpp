@@ -36,17 +36,28 @@ void stills(Hand &hand)
     hand.waitForScreen("btn_menu_CaptureModeSelect");
 }
 
+// The first film carries a damage from the catalog.
 void films(Hand &hand)
 {
     hand.touch("btn_menu_CaptureModeSelect");
-    for (const char *metres : {"3.00", "6.00"}) {
-        hand.unit({QStringLiteral("meter"), QLatin1String(metres)});
-        hand.touch("btn_menu_Capture");
-        hand.pause(4000);
-        hand.look("recording");
-        hand.touch("btn_menu_Capture");
-        hand.waitForScreen("btn_menu_Thumbnails");
-    }
+    hand.unit({QStringLiteral("meter"), QStringLiteral("3.00")});
+    hand.pause(600); // the meter is read five times a second
+    hand.touch("btn_menu_Capture");
+    hand.touch("btn_DamageCatelog");
+    hand.waitForScreen("listW_DamageCatelog");
+    hand.touchItem("listW_DamageCatelog", 2);
+    hand.look("damage-catalog");
+    hand.touch("btn_DamageCatelog_Confirm");
+    hand.pause(3000);
+    hand.look("recording");
+    hand.touch("btn_menu_Capture");
+    hand.waitForScreen("btn_menu_Thumbnails");
+    hand.unit({QStringLiteral("meter"), QStringLiteral("6.00")});
+    hand.pause(600);
+    hand.touch("btn_menu_Capture");
+    hand.pause(4000);
+    hand.touch("btn_menu_Capture");
+    hand.waitForScreen("btn_menu_Thumbnails");
     hand.touch("btn_menu_CaptureModeSelect");
 }
 
@@ -83,6 +94,35 @@ void browser(Hand &hand)
     hand.waitForScreen("btn_menu_Capture");
 }
 
+// An arrow, a circle and a word on the second still.
+void editor(Hand &hand)
+{
+    hand.touch("btn_menu_Thumbnails");
+    hand.touchItem("listW_ThumbnailViewer", 1);
+    hand.touch("btn_menu_ThumbnailEditImage");
+    hand.touch("btn_menu_ThumbnailImageEditColor");
+    hand.touch("btn_ColorPicker_Yellow");
+    hand.look("color-picker");
+    hand.touch("btn_Confirm");
+    hand.touch("btn_menu_ThumbnailImageEditArrow");
+    hand.drag("gv_MainView", {380, 420}, {500, 250});
+    hand.touch("btn_menu_ThumbnailImageEditCircle");
+    hand.drag("gv_MainView", {480, 60}, {700, 280});
+    hand.touch("btn_menu_ThumbnailImageEditText");
+    hand.touchItem("listW_DamageCatelog", 7);
+    hand.touch("btn_DamageCatelog_Confirm");
+    hand.drag("gv_MainView", {260, 430}, {260, 430});
+    hand.look("editor");
+    hand.touch("btn_menu_ThumbnailImageEditSave");
+    hand.waitForScreen("frm_saving_information");
+    hand.waitForScreen("btn_menu_ThumbnailImageEditBack");
+    hand.touch("btn_menu_ThumbnailImageEditBack");
+    hand.touch("btn_menu_ThumbnailBack");
+    hand.waitForScreen("listW_ThumbnailViewer");
+    hand.touch("btn_menu_ThumbnailBack");
+    hand.waitForScreen("btn_menu_Capture");
+}
+
 void tools(Hand &hand)
 {
     hand.touch("btn_menu_Tools");
@@ -92,12 +132,46 @@ void tools(Hand &hand)
     hand.waitForScreen("btn_settime_cancel");
     hand.look("set-time");
     hand.touch("btn_settime_cancel");
+    hand.touch("btn_tools_SetDate");
+    hand.waitForScreen("btn_setdate_cancel");
+    hand.look("set-date");
+    hand.touch("btn_setdate_cancel");
     hand.touch("btn_menu_FolderOptions");
     hand.waitForScreen("tView_Folders");
     hand.look("folders");
+    hand.touch("btn_NewFolder");
+    hand.typeText(QStringLiteral("elmstreet"));
+    hand.look("keyboard");
+    hand.touch("btn_Cancel");
+    hand.waitForScreen("tView_Folders");
+    hand.touch("btn_Cancel");
+    hand.touch("btn_tools_Format_Media");
+    hand.waitForScreen("lbl_MainIcon");
+    hand.look("format");
     hand.touch("btn_Cancel");
     hand.touch("btn_menu_BackButton");
     hand.waitForScreen("btn_menu_Capture");
+}
+
+// What comes from outside, the last of it the end.
+void events(Hand &hand)
+{
+    hand.unit({QStringLiteral("usb"), QStringLiteral("attach")});
+    hand.waitFor("the USB screen", [&hand] { return !hand.sees("frm_LiveMenuButtons_Left"); });
+    hand.look("usb");
+    hand.unit({QStringLiteral("usb"), QStringLiteral("detach")});
+    hand.waitForScreen("btn_menu_Capture");
+    hand.unit({QStringLiteral("card"), QStringLiteral("corrupt")});
+    hand.waitForScreen("lbl_MainIcon");
+    hand.look("card-corrupt");
+    hand.touch("btn_Confirm");
+    hand.waitForScreen("btn_menu_Tools");
+    hand.unit({QStringLiteral("battery"), QStringLiteral("20")});
+    hand.pause(4000);
+    hand.look("battery-low");
+    hand.unit({QStringLiteral("camera"), QStringLiteral("lost")});
+    hand.waitFor("the lost camera", [] { return g_gst_VideoPipelineMode == eGSTStateError; });
+    hand.look("camera-lost");
 }
 
 } // namespace
@@ -108,5 +182,7 @@ void goThroughTheScreens(Hand &hand)
     stills(hand);
     films(hand);
     browser(hand);
+    editor(hand);
     tools(hand);
+    events(hand);
 }
