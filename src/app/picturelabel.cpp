@@ -6,12 +6,14 @@ void PictureLabel::showFrame(const QImage &frame, const QRect &crop)
 {
     m_frame = frame;
     m_crop = crop;
+    setAttribute(Qt::WA_OpaquePaintEvent); // the frame covers it all: no ground is painted under it
     update();
 }
 
 void PictureLabel::setPixmap(const QPixmap &picture)
 {
     m_frame = QImage();
+    setAttribute(Qt::WA_OpaquePaintEvent, false);
     QLabel::setPixmap(picture);
     update();
 }
