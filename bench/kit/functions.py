@@ -17,7 +17,7 @@ FILES_ON_PAGE = 12
 
 
 def pairs_of(name, runs, clock):
-    """{size: [(ours, peer) of each run]} in microseconds; ours and peer alternate."""
+    """{size: [(ours, peer) of each run]} in microseconds. A run is the median of five turns, ours and peer mixed."""
     need_built(name)
     pairs = {}
     for _ in range(runs):
@@ -25,7 +25,10 @@ def pairs_of(name, runs, clock):
             subprocess.run(
                 [
                     bench(name),
-                    "--benchmark_min_time=0.2",
+                    "--benchmark_min_time=0.1",
+                    "--benchmark_repetitions=5",
+                    "--benchmark_report_aggregates_only=true",
+                    "--benchmark_enable_random_interleaving=true",
                     f"--benchmark_out={out.name}",
                     "--benchmark_out_format=json",
                 ],
@@ -39,7 +42,9 @@ def pairs_of(name, runs, clock):
         for result in results:
             if result.get("error_occurred"):
                 raise RuntimeError(f"{name}, {result['name']}: {result['error_message']}")
-            side, size = result["name"].split("/")[:2]
+            if result["aggregate_name"] != "median":
+                continue
+            side, size = result["run_name"].split("/")[:2]
             figures[side, int(size)] = result[clock] * SCALE[result["time_unit"]]
         for side, size in figures:
             if side == "ours":

@@ -52,9 +52,13 @@ def figure(value):
     return f"{value:.0f}" if abs(value) >= 100 or value == int(value) else f"{value:.3g}"
 
 
+def times(ratio):
+    return f"{ratio:.2f}" if ratio >= 0.1 else f"{ratio:.2g}"
+
+
 def cells(row):
-    ratio = "-" if row.ratio is None else f"{row.ratio:.2f}"
-    spread = "-" if row.spread is None else f"{row.spread[0]:.2f} to {row.spread[1]:.2f}"
+    ratio = "-" if row.ratio is None else times(row.ratio)
+    spread = "-" if row.spread is None else f"{times(row.spread[0])} to {times(row.spread[1])}"
     met = {True: "yes", False: "**no**", None: "not judged"}[row.met]
     ours = f"{figure(row.ours)} {row.unit}"
     peer = "-" if row.peer is None else f"{figure(row.peer)} {row.unit}"

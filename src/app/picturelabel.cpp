@@ -1,5 +1,7 @@
 #include "app/picturelabel.h"
 
+#include "app/framepixels.h"
+
 #include <QPainter>
 
 void PictureLabel::showFrame(const QImage &frame, const QRect &crop)
@@ -25,7 +27,14 @@ void PictureLabel::paintEvent(QPaintEvent *event)
         return;
     }
     QPainter painter(this);
-    painter.drawImage(rect(), m_frame, m_crop);
+    if (depth() == 16) { // the painter has a direct way
+        painter.drawImage(rect(), m_frame, m_crop);
+    } else {
+        if (m_pixels.size() != size())
+            m_pixels = QImage(size(), QImage::Format_RGB32);
+        stretchFrame(m_frame, m_crop, m_pixels);
+        painter.drawImage(0, 0, m_pixels);
+    }
     painter.end();
     emit framePainted();
 }
