@@ -1,17 +1,21 @@
 #include "app/picturelabel.h"
 
+#include "app/framepixels.h"
+
 #include <QPainter>
 
 void PictureLabel::showFrame(const QImage &frame, const QRect &crop)
 {
     m_frame = frame;
     m_crop = crop;
+    setAttribute(Qt::WA_OpaquePaintEvent); // the frame covers it all: no ground is painted under it
     update();
 }
 
 void PictureLabel::setPixmap(const QPixmap &picture)
 {
     m_frame = QImage();
+    setAttribute(Qt::WA_OpaquePaintEvent, false);
     QLabel::setPixmap(picture);
     update();
 }
@@ -28,7 +32,14 @@ void PictureLabel::paintEvent(QPaintEvent *event)
         return;
     }
     QPainter painter(this);
-    painter.drawImage(rect(), m_frame, m_crop);
+    if (depth() == 16) { // the painter has a direct way
+        painter.drawImage(rect(), m_frame, m_crop);
+    } else {
+        if (m_pixels.size() != size())
+            m_pixels = QImage(size(), QImage::Format_RGB32);
+        stretchFrame(m_frame, m_crop, m_pixels);
+        painter.drawImage(0, 0, m_pixels);
+    }
     painter.end();
     emit framePainted();
 }

@@ -27,4 +27,5 @@ protected:
 private:
     QImage m_frame; // null: the label shows its pixmap
     QRect m_crop;
+    QImage m_pixels; // the frame as the screen shows it
 };

@@ -1,0 +1,60 @@
+// The camera frame on a 32-bit screen: every colour, and the edges of a cut-out.
+#include "app/framepixels.h"
+
+#include <QTest>
+
+namespace {
+
+// Each of the 65536 colours once; the colour tells the place.
+QImage everyColour()
+{
+    QImage frame(256, 256, QImage::Format_RGB16);
+    for (int y = 0; y < frame.height(); ++y) {
+        auto *line = reinterpret_cast<quint16 *>(frame.scanLine(y));
+        for (int x = 0; x < frame.width(); ++x)
+            line[x] = static_cast<quint16>(y << 8 | x);
+    }
+    return frame;
+}
+
+} // namespace
+
+class TestFramePixels : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void coloursAreThePaintersOwn()
+    {
+        const QImage frame = everyColour();
+        QImage target(frame.size(), QImage::Format_RGB32);
+        stretchFrame(frame, frame.rect(), target);
+        QCOMPARE(target, frame.convertToFormat(QImage::Format_RGB32));
+    }
+
+    void cutOutFillsTheTarget_data()
+    {
+        QTest::addColumn<QRect>("crop");
+        QTest::newRow("whole factor") << QRect(64, 96, 128, 64);
+        QTest::newRow("odd factor") << QRect(78, 80, 99, 96);
+        QTest::newRow("same width") << QRect(0, 100, 256, 57);
+    }
+
+    void cutOutFillsTheTarget()
+    {
+        QFETCH(QRect, crop);
+        const QImage frame = everyColour();
+        const QImage wide = frame.convertToFormat(QImage::Format_RGB32);
+        QImage target(frame.size(), QImage::Format_RGB32);
+        stretchFrame(frame, crop, target);
+        QCOMPARE(target.pixel(0, 0), wide.pixel(crop.topLeft()));
+        QCOMPARE(target.pixel(255, 0), wide.pixel(crop.topRight()));
+        QCOMPARE(target.pixel(0, 255), wide.pixel(crop.bottomLeft()));
+        QCOMPARE(target.pixel(255, 255), wide.pixel(crop.bottomRight()));
+        QCOMPARE(target.pixel(128, 128),
+                 wide.pixel(crop.x() + crop.width() / 2, crop.y() + crop.height() / 2));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestFramePixels)
+#include "test_framepixels.moc"
