@@ -20,13 +20,13 @@ bool selectRegister(const QString &unitPath, const QByteArray &registerNumber)
     return !unit::isReal() || write(unitPath, registerNumber);
 }
 
-std::optional<QByteArray> read(const QString &unitPath, qint64 limit)
+std::optional<QByteArray> read(const QString &unitPath, qsizetype limit)
 {
     QFile file(unit::path(unitPath));
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return std::nullopt;
     QByteArray text(limit, '\0');
-    const qint64 size = file.read(text.data(), limit);
+    const auto size = qsizetype(file.read(text.data(), limit));
     if (size < 0)
         return std::nullopt;
     text.truncate(size);

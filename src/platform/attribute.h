@@ -16,6 +16,6 @@ bool write(const QString &unitPath, const QByteArray &text);
 bool selectRegister(const QString &unitPath, const QByteArray &registerNumber);
 
 // At most `limit` bytes of the file; nothing when it cannot be opened or read.
-std::optional<QByteArray> read(const QString &unitPath, qint64 limit);
+std::optional<QByteArray> read(const QString &unitPath, qsizetype limit);
 
 } // namespace attribute
