@@ -108,7 +108,7 @@ void Hand::touchItem(const char *list, int row)
 {
     waitForScreen(list);
     startOnGui([this, list, row] {
-        const auto *view = qobject_cast<QAbstractItemView *>(find(list));
+        auto *view = qobject_cast<QAbstractItemView *>(find(list));
         if (!view)
             return;
         const QModelIndex index = view->model()->index(row, 0);

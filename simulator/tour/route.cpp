@@ -141,7 +141,7 @@ void tools(Hand &hand)
     hand.look("folders");
     hand.touch("btn_NewFolder");
     hand.typeText(QStringLiteral("elmstreet"));
-    hand.look("keyboard");
+    hand.look("new-folder");
     hand.touch("btn_Cancel");
     hand.waitForScreen("tView_Folders");
     hand.touch("btn_Cancel");
