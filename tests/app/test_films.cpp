@@ -14,7 +14,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr char kRecordOnly[] = "--record"; // argument of a process of this program that is going to be killed
+// Arguments of a process of this program that is going to be killed, and of one that repairs what it left.
+constexpr char kRecordOnly[] = "--record";
+constexpr char kRepairOnly[] = "--repair"; // and the film
 
 QByteArray output(const QString &program, const QStringList &arguments)
 {
@@ -192,6 +194,8 @@ private slots:
 
 int main(int argc, char **argv)
 {
+    if (argc == 3 && qstrcmp(argv[1], kRepairOnly) == 0)
+        return avirepair::repair(QFile::decodeName(argv[2])) ? 0 : 1;
     if (argc == 2 && qstrcmp(argv[1], kRecordOnly) == 0) {
         fixPixels();
         debounce application(argc, argv);
