@@ -46,8 +46,10 @@ void MainWindow::watchMessageLog()
 void MainWindow::onDirectoryChanged(const QString &path)
 {
     qCDebug(log) << "Directory Changed: " << path;
-    // A file that is replaced falls out of the watch: the new one is taken up, and its length noted.
-    if (!messagelogWatcher->files().contains(logFile()) && messagelogWatcher->addPath(logFile()))
+    // A file that is replaced falls out of the watch, also where the watcher still lists it: a new one may
+    // have its name before the old one's end is told. So it is taken up anew, and its length noted.
+    messagelogWatcher->removePath(logFile());
+    if (messagelogWatcher->addPath(logFile()))
         onLogfileChanged(logFile());
 }
 
