@@ -2,6 +2,7 @@
 
 #include "media/filmstart.h"
 #include "media/filmsync.h"
+#include "media/framecopy.h"
 #include "media/videoinputlayout.h"
 #include "media/zoom.h"
 
@@ -9,8 +10,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <gst/app/gstappsink.h>
 #include <optional>
 
 struct_VideoInputPipeline g_gst_Pipeline = {};
@@ -145,20 +144,10 @@ bool waitForEnd()
 // appsink "new-sample", on a streaming thread: one copy of the frame for the GUI.
 GstFlowReturn new_buffer(GstAppSink *appsink, gpointer)
 {
-    GstSample *sample = gst_app_sink_pull_sample(appsink);
-    if (!sample)
-        return GST_FLOW_OK;
-    GstMapInfo map;
-    GstBuffer *buffer = gst_sample_get_buffer(sample);
-    if (buffer && gst_buffer_map(buffer, &map, GST_MAP_READ)) {
-        if (map.size >= kFrameBytes) {
-            std::memcpy(g_pcFrameBuffer[g_fbInIdx], map.data, kFrameBytes);
-            ++nBuffers;
-            g_InputFrameReady = true;
-        }
-        gst_buffer_unmap(buffer, &map);
+    if (copyNextFrame(appsink, g_pcFrameBuffer[g_fbInIdx])) {
+        ++nBuffers;
+        g_InputFrameReady = true;
     }
-    gst_sample_unref(sample);
     return GST_FLOW_OK;
 }
 

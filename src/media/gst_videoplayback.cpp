@@ -1,11 +1,9 @@
 #include "media/gst_videoplayback.h"
 
 #include "media/boardelements.h"
+#include "media/framecopy.h"
 #include "media/gst_videoinput.h"
 #include "media/playbackmedia.h"
-
-#include <cstring>
-#include <gst/app/gstappsink.h>
 
 struct_VideoPlaybackPipeline g_gst_PlaybackPipeline = {};
 eGstreamerState g_GstreamerVideoPlaybackPipelineState = eGSTStateNull;
@@ -30,19 +28,8 @@ void printTime(gint64 position, quint64 length)
 // appsink "new-sample", on a streaming thread.
 GstFlowReturn fileplayback_new_buffer(GstAppSink *appsink, gpointer playbin)
 {
-    GstSample *sample = gst_app_sink_pull_sample(appsink);
-    if (!sample)
-        return GST_FLOW_OK;
-    GstMapInfo map;
-    GstBuffer *buffer = gst_sample_get_buffer(sample);
-    if (buffer && gst_buffer_map(buffer, &map, GST_MAP_READ)) {
-        if (map.size >= kFrameBytes) {
-            std::memcpy(g_pcFrameBuffer[g_fbOutIdx], map.data, kFrameBytes);
-            g_FilmFrameReady = true;
-        }
-        gst_buffer_unmap(buffer, &map);
-    }
-    gst_sample_unref(sample);
+    if (copyNextFrame(appsink, g_pcFrameBuffer[g_fbOutIdx]))
+        g_FilmFrameReady = true;
     gint64 position = 0;
     if (gst_element_query_position(GST_ELEMENT(playbin), GST_FORMAT_TIME, &position)) {
         g_PercentPlayback = percentPlayed(position, g_VideoLen);
