@@ -50,7 +50,8 @@ card_mount()
 card_usage()
 {
     used=$(kept filler 0)
-    if [ -n "$(/bin/ls -A "$1")" ]; then
+    set -- "$1" "$1"/* "$1"/.[!.]*
+    if [ -e "$2" ] || [ -e "$3" ]; then
         lying=$(/usr/bin/du -sk "$1")
         used=$((used + ${lying%%[!0-9]*}))
     fi

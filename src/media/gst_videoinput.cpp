@@ -438,8 +438,9 @@ void gst_UpdateVideoDamageCatelog(const char *text, int length)
 
 void gst_UpdateVideoMeterCount(const char *text, int length)
 {
+    const QByteArray shown = g_gst_currMeterCount;
     copyText(g_gst_currMeterCount, text, length);
-    if (g_gst_Pipeline.meterCount)
+    if (g_gst_Pipeline.meterCount && shown != g_gst_currMeterCount) // a text that is set is drawn anew
         setOverlayText(g_gst_Pipeline.meterCount, g_gst_currMeterCount);
 }
 
