@@ -10,7 +10,7 @@ namespace avi {
 
 namespace {
 
-constexpr qint64 kWindow = 4096;
+constexpr qsizetype kWindow = 4096;
 // What a power cut leaves behind the last sync may have its length, but not its content.
 constexpr quint64 kDoubtful = 16 * 1024 * 1024;
 constexpr quint64 kPictureEnd = 64; // bytes in which the end mark stands; encoders pad
@@ -65,7 +65,7 @@ public:
 private:
     // Bytes at a place of the file; fewer at its end. Heads lie close together where sound is: one read
     // serves several.
-    QByteArray bytesAt(quint64 at, qint64 count)
+    QByteArray bytesAt(quint64 at, qsizetype count)
     {
         if (at < m_windowAt || at + quint64(count) > m_windowAt + quint64(m_window.size())) {
             m_film.seek(qint64(at));
@@ -128,7 +128,7 @@ private:
             return false;
         if (size > 0 && isDoubtful(size)) {
             const quint64 end = m_at + kChunkHead + size;
-            const qint64 tail = qint64(std::min<quint64>(size, kPictureEnd));
+            const auto tail = qsizetype(std::min<quint64>(size, kPictureEnd));
             if (!bytesAt(end - quint64(tail), tail).contains("\xff\xd9"))
                 return false;
         }

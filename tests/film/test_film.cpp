@@ -1,4 +1,5 @@
 #include "film/avirepair.h"
+#include "film/firstframe.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -293,6 +294,17 @@ private slots:
             pictures += film.bytes.sliced(packet.at).startsWith("00db");
         compareAfterRepair(parts.first(parts.indexOf("AVIX") + 16), pictures); // a part without a packet
         compareAfterRepair(parts.first(parts.indexOf("ix01") + 50), pictures); // a torn index
+    }
+
+    void aFilmBeyondTwoGibibytesOpens()
+    {
+        const QTemporaryDir folder;
+        const QString film = folder.filePath(u"long.avi"_s);
+        record(film, true, false);
+        QVERIFY(QFile::resize(film, qint64(3) << 30)); // sparse
+        QVERIFY(!avirepair::isCutOff(film));
+        QCOMPARE(firstFrameOfFilm(film).size(), QSize(720, 576));
+        QVERIFY(seekTo(film, 2) > 1.9);
     }
 
     void whatIsNoCutFilmOfOursStaysAsItIs()

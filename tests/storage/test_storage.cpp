@@ -10,6 +10,11 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <array>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -156,6 +161,22 @@ private slots:
         QCOMPARE(int(g_FileListing[3].isVideo), 1);
         QCOMPARE(int(g_FileListing[4].annotated), 1);
         QCOMPARE(int(g_FileListing[1].annotated), 0);
+    }
+
+    // On a 32-bit board a size or a time that does not fit its type makes the file's state unreadable.
+    void aFilmBeyondTwoGibibytesAndATimeBeyond2038AreListed()
+    {
+        const CardWith card(u"Street 12"_s);
+        for (const QString &name : {u"late.avi"_s, u"long.avi"_s}) {
+            card.put(inCurrentFolder(name), "x");
+            age(name, 0);
+        }
+        const QByteArray late = QFile::encodeName(unit::path(inCurrentFolder(u"late.avi"_s)));
+        const std::array<timespec, 2> in2040 = {timespec{2208988800, 0}, timespec{2208988800, 0}};
+        QCOMPARE(::utimensat(AT_FDCWD, late.constData(), in2040.data(), 0), 0);
+        const QByteArray large = QFile::encodeName(unit::path(inCurrentFolder(u"long.avi"_s)));
+        QCOMPARE(::truncate(large.constData(), off_t(3) << 30), 0);
+        QCOMPARE(listing(), (QStringList{u"long.avi"_s, u"late.avi"_s}));
     }
 
     void tenThousandFilesAreListedAndAllCounted()
