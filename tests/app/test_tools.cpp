@@ -82,16 +82,27 @@ class TestTools : public QObject
 {
     Q_OBJECT
 
+    Screen &sharedPage()
+    {
+        if (!m_sharedPage) {
+            m_sharedPage = std::make_unique<Screen>();
+            openTools(*m_sharedPage);
+        }
+        return *m_sharedPage;
+    }
+
+    std::unique_ptr<Screen> m_sharedPage;
+
 private slots:
-    // The touches go to the labels that lie over the buttons, where there are some.
+    // The touches go to the labels that lie over the buttons, where there are some. The rows share one
+    // window: each steps a setting of its own.
     void aTouchStepsAppliesShowsLogsAndSaves_data();
     void aTouchStepsAppliesShowsLogsAndSaves()
     {
         QFETCH(const QPoint, at);
         QFETCH(const Probe, probe);
         QFETCH(const QStringList, seen);
-        Screen screen;
-        openTools(screen);
+        Screen &screen = sharedPage();
         const qsizetype before = screen.events().size() - 1;
         QStringList probed;
         for (qsizetype i = 0; i < seen.size(); ++i) {
@@ -106,6 +117,7 @@ private slots:
         QVERIFY(screen.folder.content(kSettingsFile).contains(saved));
         QVERIFY(!screen.window.findChild<QLabel *>(u"lbl_BusyIcon"_s)->isVisible());
     }
+    void theSharedPageCloses() { m_sharedPage.reset(); } // before the next window
 
     void thePageTakesTheScreenAndGivesItBack()
     {
