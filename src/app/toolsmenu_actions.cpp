@@ -81,6 +81,7 @@ void MainWindow::on_btn_menu_FolderOptions_clicked()
     // A folder that was made and then not chosen is not the current one.
     if (explorer.returnableText != g_SavedFSInfo.currRootDirectory)
         CreateDCIMStructure(explorer.returnableText);
+    repairFilms();
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
     showCurrentFolder();
 }
