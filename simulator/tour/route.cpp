@@ -55,7 +55,7 @@ void films(Hand &hand)
     hand.unit({QStringLiteral("meter"), QStringLiteral("6.00")});
     hand.pause(600);
     hand.touch("btn_menu_Capture");
-    hand.pause(4000);
+    hand.pause(5000);
     hand.touch("btn_menu_Capture");
     hand.waitForScreen("btn_menu_Thumbnails");
     hand.touch("btn_menu_CaptureModeSelect");

@@ -26,3 +26,7 @@ set(CMAKE_CXX_FLAGS_INIT "-Wcast-align=strict -Wno-psabi") # nothing here was bu
 
 # ctest runs the tests as ARM code, on this machine.
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/emulate)
+
+# The packages are the board's, and so are the libraries whose packages they depend on.
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE armhf)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${libraries})
