@@ -302,7 +302,7 @@ private slots:
         const QString film = folder.filePath(u"long.avi"_s);
         record(film, true, false);
         QVERIFY(QFile::resize(film, qint64(3) << 30)); // sparse
-        QVERIFY(!avirepair::isCutOff(film));
+        QVERIFY(!avirepair::repair(film)); // more behind it than a tear
         QCOMPARE(firstFrameOfFilm(film).size(), QSize(720, 576));
         QVERIFY(seekTo(film, 2) > 1.9);
     }
