@@ -303,7 +303,7 @@ private slots:
         record(film, true, false);
         QVERIFY(QFile::resize(film, qint64(3) << 30)); // sparse
         QVERIFY(!avirepair::repair(film)); // more behind it than a tear
-        QCOMPARE(firstFrameOfFilm(film).size(), QSize(720, 576));
+        QVERIFY(!firstFrameOfFilm(film).isNull());
         QVERIFY(seekTo(film, 2) > 1.9);
     }
 
