@@ -264,6 +264,7 @@ private slots:
         clock.start();
         QTRY_VERIFY_WITH_TIMEOUT(!screen.button("btn_menu_Capture")->isEnabled(), 30000);
         qInfo() << "flood read in" << clock.elapsed() << "ms," << painted << "frames painted";
+        QVERIFY(painted > 0);
         QVERIFY(isQuiet(screen.window, eStateLive));
     }
 
