@@ -2,6 +2,7 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QFile>
 #include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
@@ -148,6 +149,15 @@ void Hand::unit(const QStringList &command)
     if (QProcess::execute(m_unitTool, QStringList{QStringLiteral("--unit"), m_unitFolder} + command) != 0) {
         std::fprintf(stderr, "tour: the unit did not take '%s'\n",
                      qUtf8Printable(command.join(QLatin1Char(' '))));
+        std::_Exit(1);
+    }
+}
+
+void Hand::putOnCard(const QString &file, const QByteArray &content)
+{
+    QFile target(m_unitFolder + QStringLiteral("/media/mmcblk1p1/") + file);
+    if (!target.open(QIODevice::WriteOnly) || target.write(content) != content.size()) {
+        std::fprintf(stderr, "tour: cannot write %s\n", qUtf8Printable(target.fileName()));
         std::_Exit(1);
     }
 }

@@ -30,9 +30,10 @@ public:
     bool sees(const char *name) const;                                      // GUI thread
     void pause(int milliseconds);
 
-    void unit(const QStringList &command); // simulator/unit COMMAND
-    void look(const char *picture);        // leaves PICTURE.jpg
-    void typeText(const QString &text);    // on the open keyboard, letter by letter
+    void unit(const QStringList &command);                          // simulator/unit COMMAND
+    void putOnCard(const QString &file, const QByteArray &content); // FILE below the card's mount point
+    void look(const char *picture);                                 // leaves PICTURE.jpg
+    void typeText(const QString &text);                             // on the open keyboard, letter by letter
 
 private:
     void onGui(const std::function<void()> &action) const;      // and waits for it

@@ -166,12 +166,28 @@ void events(Hand &hand)
     hand.look("card-corrupt");
     hand.touch("btn_Confirm");
     hand.waitForScreen("btn_menu_Tools");
+    hand.putOnCard(QStringLiteral("DCIM/TUBIX4UPDT504"), "an upgrade that nobody confirms");
+    hand.unit({QStringLiteral("card"), QStringLiteral("remove")});
+    hand.waitFor("the card's removal",
+                 [] { return !params::getInstance()->getParams().MSDC_ModuleInstalled; });
+    hand.unit({QStringLiteral("card"), QStringLiteral("insert")});
+    hand.waitForScreen("lbl_MainIcon");
+    hand.look("upgrade");
+    hand.touch("btn_Cancel");
+    hand.waitForScreen("btn_menu_Capture");
     hand.unit({QStringLiteral("battery"), QStringLiteral("20")});
     hand.pause(4000);
     hand.look("battery-low");
     hand.unit({QStringLiteral("camera"), QStringLiteral("lost")});
     hand.waitFor("the lost camera", [] { return g_gst_VideoPipelineMode == eGSTStateError; });
     hand.look("camera-lost");
+    hand.unit({QStringLiteral("camera"), QStringLiteral("back")});
+    hand.touch("btn_menu_Tools"); // leaving the page builds the picture anew
+    hand.touch("btn_menu_BackButton");
+    hand.waitForScreen("btn_menu_Capture");
+    hand.unit({QStringLiteral("battery"), QStringLiteral("empty")});
+    hand.waitFor("the empty battery", [&hand] { return !hand.sees("frm_LiveMenuButtons_Left"); });
+    hand.look("battery-empty");
 }
 
 } // namespace
