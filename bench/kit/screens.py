@@ -93,18 +93,19 @@ def live(options):
 
 @contextmanager
 def filming(display, sound, extra=None):
-    """The application while it records."""
+    """The application, recording; whoever needs the film ends it."""
     with simulated_unit(sound) as unit, Application(unit, display, extra) as application:
         application.wait_for_card()
         application.select_films()
         application.start_film()
         yield application
-        application.end_film()
 
 
 def film_application(display, sound, seconds):
     with filming(display, sound) as application:
-        return per_frame(application, seconds, FILM_RATE[sound])
+        used = per_frame(application, seconds, FILM_RATE[sound])
+        application.end_film()
+        return used
 
 
 def film_gst(sound, seconds):
@@ -165,9 +166,7 @@ def recording(options):
 
 @contextmanager
 def moving_cable(unit):
-    drive = subprocess.Popen(
-        [UNIT_TOOL, "--unit", unit, "drive"], stdout=subprocess.DEVNULL
-    )
+    drive = subprocess.Popen([UNIT_TOOL, "--unit", unit, "drive"], stdout=subprocess.DEVNULL)
     try:
         yield
     finally:
