@@ -26,6 +26,12 @@ PACKAGES = {
     "vipsthumbnail": "libvips-tools",
     "ffmpegthumbnailer": "ffmpegthumbnailer",
 }
+# The simulated unit's df weighs its folder and keeps a record: several programs, where a unit runs one small one.
+PLAIN_DF = """#!/bin/sh
+echo 'Filesystem     1K-blocks    Used Available Use% Mounted on
+/dev/root        3768344 1204816   2352388  34% /
+/dev/mmcblk1p1   7766016  120000   7646016   2% /media/mmcblk1p1'
+"""
 RATE = 25  # frames a second that the camera delivers
 
 
@@ -96,6 +102,8 @@ def simulated_unit(sound=True):
             text = re.sub(rf"<{name}>\d+</{name}>", f"<{name}>{value}</{name}>", text)
         with open(settings, "w", encoding="utf-8") as file:
             file.write(text)
+        with open(os.path.join(folder, "usr/bin/df"), "w", encoding="utf-8") as file:
+            file.write(PLAIN_DF)
         yield folder
 
 
