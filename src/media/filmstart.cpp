@@ -66,3 +66,9 @@ void startTogether(GstElement *pictureQueue, GstElement *soundQueue)
     addProbe(sounds.get(), GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, soundArrives,
              gate);
 }
+
+bool waitsForSound(GstElement *pictureQueue)
+{
+    const GstOwner<GstPad> pictures(gst_element_get_static_pad(pictureQueue, "src"));
+    return gst_pad_is_blocked(pictures.get());
+}

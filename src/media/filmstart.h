@@ -8,3 +8,6 @@
 // wait in their queue for the first sound; those from before it are left out. Called at the build; what it
 // hangs on the queues' pads goes with them.
 void startTogether(GstElement *pictureQueue, GstElement *soundQueue);
+
+// True until the first sound has come, false for a queue that startTogether was never called for.
+bool waitsForSound(GstElement *pictureQueue);

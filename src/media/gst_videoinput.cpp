@@ -3,6 +3,7 @@
 #include "media/filmstart.h"
 #include "media/filmsync.h"
 #include "media/framecopy.h"
+#include "media/soundpackets.h"
 #include "media/videoinputlayout.h"
 #include "media/zoom.h"
 
@@ -29,6 +30,7 @@ namespace {
 Q_LOGGING_CATEGORY(log, "tubix.media")
 
 constexpr guint kEndLimitMs = 3000;
+constexpr guint kSoundLimitMs = 3000; // from the build to the first sound
 constexpr int kStreamPort = 1234;
 constexpr gint64 kPicturesBehind = 5; // of a viewer, 0.2 s
 constexpr gint64 kMostPicturesBehind = 25;
@@ -42,6 +44,7 @@ char g_gst_currNetworkStreamingIPAddress[16] = "";
 // Sources on the default main context that belong to the pipeline that lives now; 0: none.
 guint g_busWatch = 0;
 guint g_endTimeout = 0;
+guint g_soundTimeout = 0;
 
 std::optional<FilmSync> g_filmSync; // of the film that is being recorded
 
@@ -83,6 +86,7 @@ void tearDown()
         return;
     removeSource(g_busWatch);
     removeSource(g_endTimeout);
+    removeSource(g_soundTimeout);
     enterState(GST_STATE_PAUSED, "\ndid not set to state PAUSED");
     enterState(GST_STATE_READY, "\ndid not set to state READY");
     enterState(GST_STATE_NULL, "\ndid not set to state NULL");
@@ -249,6 +253,7 @@ void configureLayout(eGstreamerState layout)
         g_object_set(g_gst_Pipeline.videosavesink, "location", g_gst_VideoFileName, nullptr);
         // What the muxer has handed on survives a kill, and a sync finds it.
         gst_util_set_object_arg(G_OBJECT(g_gst_Pipeline.videosavesink), "buffer-mode", "unbuffered");
+        g_object_set(g_gst_Pipeline.videosavesink, "enable-last-sample", FALSE, nullptr);
         g_filmSync.emplace(g_gst_VideoFileName);
         break;
     case eGSTStateStreaming:
@@ -281,6 +286,28 @@ void connectQueues()
         if (GstElement *element = g_gst_Pipeline.*queue.handle = lookUp(queue.name); element)
             g_signal_connect(element, "overrun", G_CALLBACK(overrunCB), nullptr);
     }
+}
+
+// A microphone that opens and gives nothing would hold the pictures back for good: the film begins anew
+// without it.
+gboolean soundIsDue(gpointer)
+{
+    g_soundTimeout = 0;
+    if (g_gst_VideoPipelineMode == eGSTStateRecordingWithAudio && !g_endTimeout &&
+        waitsForSound(g_gst_Pipeline.videomuxQueue)) {
+        qCWarning(log) << "no sound from the microphone, the film goes on without";
+        g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
+        tearDownAndRebuild();
+    }
+    return G_SOURCE_REMOVE;
+}
+
+void startWithSound()
+{
+    const GstOwner<GstElement> muxer(lookUp("mux"));
+    releaseSoundPackets(muxer.get());
+    startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
+    g_soundTimeout = g_timeout_add(kSoundLimitMs, soundIsDue, nullptr);
 }
 
 // `length` bytes at the most, always terminated.
@@ -353,7 +380,7 @@ void gst_VideoInputPipeline(unsigned long)
     setTextOverlays();
     connectQueues();
     if (layout == eGSTStateRecordingWithAudio)
-        startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
+        startWithSound();
 
     const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
     g_busWatch = gst_bus_add_watch(bus.get(), VideoInput_bus_call, nullptr);

@@ -5,6 +5,7 @@
 
 #include <QTest>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
 
@@ -94,6 +95,47 @@ void addProbe(const char *element, GstPadProbeCallback callback, gpointer data)
     gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, callback, data, nullptr);
 }
 
+// A film on a unit whose camera and microphone are probed by name.
+class Recording
+{
+public:
+    Recording()
+    {
+        m_folder.put(u"/home/root/tubix4_app/board.conf"_s,
+                     "[roles]\ndisplay=fakesink sync=true\nconverter=videoconvert\n"
+                     "camera=\"videotestsrc is-live=true pattern=black name=eye ! "
+                     "video/x-raw,format=I420,width=720,height=576,framerate=25/1\"\n"
+                     "microphone=audiotestsrc is-live=true wave=ticks freq=1000 sine-periods-per-tick=100 "
+                     "name=ear\n");
+        resetBoardElementsForTests();
+        gst_EnableAudioRecording(1);
+        const QByteArray path = film.toUtf8();
+        gst_StartRecordingAVIFile(path.constData(), int(path.size()));
+    }
+
+private:
+    const TestUnit m_folder{{u"/home/root/tubix4_app"_s}};
+
+public:
+    const QString film = unit::path(u"/film.avi"_s);
+};
+
+// Sound packets, and those that are freed.
+struct Packets
+{
+    std::atomic<int> made = 0;
+    std::atomic<int> freed = 0;
+};
+
+GstPadProbeReturn countPacket(GstPad *, GstPadProbeInfo *info, gpointer data)
+{
+    ++static_cast<Packets *>(data)->made;
+    gst_mini_object_weak_ref(
+        GST_MINI_OBJECT_CAST(GST_PAD_PROBE_INFO_BUFFER(info)),
+        [](gpointer packets, GstMiniObject *) { ++static_cast<Packets *>(packets)->freed; }, data);
+    return GST_PAD_PROBE_OK;
+}
+
 } // namespace
 
 class TestRecording : public QObject
@@ -117,24 +159,14 @@ private slots:
     void soundAndPictureAreInStep()
     {
         QFETCH(const int, late);
-        const TestUnit folder({u"/home/root/tubix4_app"_s});
-        folder.put(u"/home/root/tubix4_app/board.conf"_s,
-                   "[roles]\ndisplay=fakesink sync=true\nconverter=videoconvert\n"
-                   "camera=\"videotestsrc is-live=true pattern=black name=eye ! "
-                   "video/x-raw,format=I420,width=720,height=576,framerate=25/1\"\n"
-                   "microphone=audiotestsrc is-live=true wave=ticks freq=1000 sine-periods-per-tick=100 "
-                   "name=ear\n");
-        resetBoardElementsForTests();
-        gst_EnableAudioRecording(1);
-        const QString film = unit::path(u"/film.avi"_s);
-        const QByteArray path = film.toUtf8();
-        gst_StartRecordingAVIFile(path.constData(), int(path.size()));
+        const Recording recording;
         QVERIFY(g_gst_Pipeline.videosavesink);
         addProbe("eye", flash, nullptr);
         addProbe("ear", open, GUINT_TO_POINTER(late));
         QTest::qWait(6000);
         gst_EndVideoInputPipeline();
 
+        const QString &film = recording.film;
         QVERIFY(std::abs(duration(film, u"v:0"_s) - duration(film, u"a:0"_s)) < 0.2);
         const QList<double> seen = flashes(film);
         const QList<double> heard = beeps(film);
@@ -146,6 +178,27 @@ private slots:
                 offset = std::abs(beep - time) < std::abs(offset) ? beep - time : offset;
             QVERIFY2(std::abs(offset) < 0.1, qPrintable(QString::number(offset)));
         }
+    }
+
+    void soundPacketsAreFreedWhileTheFilmRuns()
+    {
+        Packets packets;
+        const Recording recording;
+        addProbe("audiomux_queue", countPacket, &packets);
+        QTRY_VERIFY_WITH_TIMEOUT(packets.freed > 50, 20000);
+        gst_EndVideoInputPipeline();
+        QCOMPARE(packets.freed.load(), packets.made.load());
+    }
+
+    void filmGoesOnWithoutAMuteMicrophone()
+    {
+        const Recording recording;
+        addProbe("ear", open, GUINT_TO_POINTER(1000000));
+        QTRY_COMPARE_WITH_TIMEOUT(g_gst_VideoPipelineMode, eGSTStateRecordingWithoutAudio, 20000);
+        QTest::qWait(2000);
+        gst_EndVideoInputPipeline();
+        QVERIFY(duration(recording.film, u"v:0"_s) > 1);
+        QCOMPARE(duration(recording.film, u"a:0"_s), 0.0);
     }
 };
 
