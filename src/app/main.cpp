@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <malloc.h>
 
 namespace {
 
@@ -76,6 +77,9 @@ int run(debounce &app)
 
 int main(int argc, char **argv)
 {
+    // A heap for each thread grows with every film, whose threads are new ones: 0.5 MB a film. With one heap
+    // the memory stays flat.
+    mallopt(M_ARENA_MAX, 1);
     const Options options = parse(argc, argv, true);
     if (options.showHelp) {
         std::fputs(kUsage, stdout);
