@@ -1,48 +1,54 @@
 #include "app/framepixels.h"
 
+#include <algorithm>
 #include <cstring>
-#include <vector>
 
 namespace {
 
+// Halves of 16 bits, of which the compiler works on twice as many at a time.
 void expand(const quint16 *pixels, int count, quint32 *expanded)
 {
     for (int i = 0; i < count; ++i) {
-        const quint32 pixel = pixels[i];
-        const quint32 red = pixel >> 11;
-        const quint32 green = pixel >> 5 & 0x3f;
-        const quint32 blue = pixel & 0x1f;
-        expanded[i] = 0xff000000 | (red << 3 | red >> 2) << 16 | (green << 2 | green >> 4) << 8 |
-                      (blue << 3 | blue >> 2);
+        const quint16 pixel = pixels[i];
+        const auto alphaRed = quint16(0xff00 | (pixel >> 8 & 0xf8) | pixel >> 13);
+        const auto greenBlue =
+            quint16((pixel << 5 & 0xfc00) | (pixel >> 1 & 0x300) | (pixel << 3 & 0xf8) | (pixel >> 2 & 7));
+        expanded[i] = quint32(alphaRed) << 16 | greenBlue;
     }
 }
 
 } // namespace
 
-void stretchFrame(const QImage &frame, const QRect &crop, QImage &target)
+FrameStretcher::FrameStretcher(const QImage &frame, const QRect &crop, QSize picture)
+    : m_frame(frame), m_crop(crop), m_picture(picture)
 {
-    const int width = target.width();
-    const int height = target.height();
-    std::vector<quint32> line(size_t(crop.width()));
-    std::vector<int> column(static_cast<size_t>(width));
-    for (int x = 0; x < width; ++x)
-        column[size_t(x)] = x * crop.width() / width;
+    if (crop.width() == picture.width())
+        return;
+    m_line.resize(size_t(crop.width()));
+    m_columns.resize(size_t(picture.width()));
+    for (int x = 0; x < picture.width(); ++x)
+        m_columns[size_t(x)] = x * crop.width() / picture.width();
+}
+
+void FrameStretcher::fill(QImage &rows, int first)
+{
     int expandedRow = -1;
-    for (int y = 0; y < height; ++y) {
-        auto *to = reinterpret_cast<quint32 *>(target.scanLine(y));
-        const int row = crop.y() + y * crop.height() / height;
+    for (int y = 0; y < rows.height(); ++y) {
+        auto *to = reinterpret_cast<quint32 *>(rows.scanLine(y));
+        const int row =
+            m_crop.y() + std::min(first + y, m_picture.height() - 1) * m_crop.height() / m_picture.height();
         if (row == expandedRow) {
-            std::memcpy(to, target.constScanLine(y - 1), size_t(width) * sizeof *to);
+            std::memcpy(to, rows.constScanLine(y - 1), size_t(rows.bytesPerLine()));
             continue;
         }
         expandedRow = row;
-        const auto *from = reinterpret_cast<const quint16 *>(frame.constScanLine(row)) + crop.x();
-        if (crop.width() == width) {
-            expand(from, width, to);
+        const auto *from = reinterpret_cast<const quint16 *>(m_frame.constScanLine(row)) + m_crop.x();
+        if (m_columns.empty()) {
+            expand(from, m_picture.width(), to);
             continue;
         }
-        expand(from, crop.width(), line.data());
-        for (int x = 0; x < width; ++x)
-            to[x] = line[size_t(column[size_t(x)])];
+        expand(from, m_crop.width(), m_line.data());
+        for (size_t x = 0; x < m_columns.size(); ++x)
+            to[x] = m_line[size_t(m_columns[x])];
     }
 }

@@ -4,6 +4,12 @@
 
 #include <QPainter>
 
+namespace {
+
+constexpr int kRowsAtOnce = 8; // 23 KB: they stay in the nearest cache
+
+} // namespace
+
 void PictureLabel::showFrame(const QImage &frame, const QRect &crop)
 {
     m_frame = frame;
@@ -35,10 +41,12 @@ void PictureLabel::paintEvent(QPaintEvent *event)
     if (depth() == 16) { // the painter has a direct way
         painter.drawImage(rect(), m_frame, m_crop);
     } else {
-        if (m_pixels.size() != size())
-            m_pixels = QImage(size(), QImage::Format_RGB32);
-        stretchFrame(m_frame, m_crop, m_pixels);
-        painter.drawImage(0, 0, m_pixels);
+        FrameStretcher stretcher(m_frame, m_crop, size());
+        QImage rows(width(), kRowsAtOnce, QImage::Format_RGB32);
+        for (int y = 0; y < height(); y += kRowsAtOnce) {
+            stretcher.fill(rows, y);
+            painter.drawImage(0, y, rows);
+        }
     }
     painter.end();
     emit framePainted();

@@ -27,5 +27,4 @@ protected:
 private:
     QImage m_frame; // null: the label shows its pixmap
     QRect m_crop;
-    QImage m_pixels; // the frame as the screen shows it
 };
