@@ -27,6 +27,7 @@ from .programs import (
 from .rows import compared, limited
 
 SETTLE = 2  # seconds that a program gets before it is measured
+FFMPEG_PICTURE = f"testsrc2=size=720x576:rate={RATE}"
 FILM_RATE = {True: 15, False: 25}  # frames a second of a film with and without sound
 TEXTS = (
     'textoverlay font-desc="Sans 12" halignment=4 valignment=3 xpos=0 ypos=0 deltax=2 deltay=554 text="Wall crack"',
@@ -133,7 +134,7 @@ def film_ffmpeg(sound, seconds):
     rate = FILM_RATE[sound]
     texts = "drawtext=text='Wall crack':x=2:y=554:fontsize=16,drawtext=text='12.34 m':x=2:y=2:fontsize=19,"
     texts += r"drawtext=text='%{localtime\:%H\\\:%M %d.%m.%Y}':x=568:y=4:fontsize=16"
-    command = ["ffmpeg", "-v", "info", "-nostats", "-re", "-f", "lavfi", "-i", f"testsrc2=size=720x576:rate={RATE}"]
+    command = ["ffmpeg", "-v", "info", "-nostats", "-re", "-f", "lavfi", "-i", FFMPEG_PICTURE]
     if sound:
         command += ["-re", "-f", "lavfi", "-i", "sine=frequency=440", "-c:a", "libmp3lame"]
     with tempfile.TemporaryDirectory() as folder:
@@ -143,6 +144,14 @@ def film_ffmpeg(sound, seconds):
             return per_frame(peer, seconds, rate)
 
 
+def ffmpeg_source(seconds):
+    """What ffmpeg's test picture costs by itself."""
+    command = ["ffmpeg", "-v", "info", "-nostats", "-re", "-f", "lavfi", "-i", FFMPEG_PICTURE, "-f", "null", "-"]
+    with Program(command, end=signal.SIGINT) as source:
+        source.wait_for("Output #0")
+        return per_frame(source, seconds, RATE)
+
+
 def recording(options):
     need("Xvfb", "xdotool", "gst-launch-1.0", "ffmpeg")
     runs = {True: [], False: []}
@@ -150,24 +159,28 @@ def recording(options):
         for _ in range(options.runs):
             live_view = live_application(display, options.seconds)
             camera = camera_alone(options.seconds)
+            source = ffmpeg_source(options.seconds)
             for sound in (True, False):
+                scale = RATE / FILM_RATE[sound]
                 runs[sound].append(
                     {
                         "ours": film_application(display, sound, options.seconds),
                         "gst-launch-1.0": film_gst(sound, options.seconds),
                         "ffmpeg": film_ffmpeg(sound, options.seconds),
-                        "live": live_view * RATE / FILM_RATE[sound],
-                        "camera": camera * RATE / FILM_RATE[sound],
+                        "live": live_view * scale,
+                        # Each peer's own picture: live view has brought one already.
+                        "gst-launch-1.0 picture": camera * scale,
+                        "ffmpeg picture": source * scale,
                     }
                 )
     for sound in (True, False):
         for peer, goal in (("gst-launch-1.0", 1.15), ("ffmpeg", 1.0)):
-            # The screen's own cost: live view less the camera, which the recording has already.
-            pairs = [(run["ours"], run[peer] + run["live"] - run["camera"]) for run in runs[sound]]
+            picture = f"{peer} picture"
+            pairs = [(run["ours"], run[peer] - run[picture] + run["live"]) for run in runs[sound]]
             parts = {name: statistics.median(run[name] for run in runs[sound]) for name in runs[sound][0]}
             note = (
-                f"{peer} {parts[peer]:.2f} ms, live view {parts['live']:.2f} ms, of which camera "
-                f"{parts['camera']:.2f} ms; with the camera in both the ratio is "
+                f"{peer} {parts[peer]:.2f} ms, of which its picture {parts[picture]:.2f} ms; live view "
+                f"{parts['live']:.2f} ms; with both pictures the ratio is "
                 f"{parts['ours'] / (parts[peer] + parts['live']):.2f}"
             )
             name = f"recording {'with' if sound else 'without'} sound, per frame of the film, to {peer} and live view"
