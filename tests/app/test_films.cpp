@@ -4,9 +4,12 @@
 #include "film/filmlimit.h"
 #include "storage/inspectionlog.h"
 
+#include <QDialog>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <csignal>
 
@@ -129,6 +132,30 @@ private slots:
         const qsizetype rows[] = {log.indexOf("|-- TUBX0001.avi"), log.indexOf("--| TUBX0001.avi"),
                                   log.indexOf("|-- TUBX0002.avi"), log.indexOf("--| TUBX0002.avi")};
         QVERIFY(rows[0] >= 0 && std::is_sorted(std::begin(rows), std::end(rows)));
+    }
+
+    void aFullCardEndsTheFilmInOrder()
+    {
+        Screen screen;
+        startFilm(screen);
+        const QString film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        QTRY_COMPARE(screen.text("lbl_VideoLengthIndicator"), u"00:00:02"_s);
+        bool told = false;
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&] {
+            if (auto *box = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
+                told = !avirepair::isCutOff(film);
+                QTest::mouseClick(box->findChild<QPushButton *>(u"btn_Cancel"_s), Qt::LeftButton);
+            }
+        });
+        answer.start(100);
+        screen.folder.control({u"card"_s, u"full"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(told, 20000);
+        QTRY_VERIFY(g_gst_Pipeline.videocrop);
+        QVERIFY(duration(film, u"v:0"_s) > 1);
+        QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".thumbs/TUBX0001.jpg"_s))));
+        const int before = nBuffers;
+        QTRY_VERIFY(nBuffers > before + 3);
     }
 
     void aLostCameraEndsTheFilmInOrder()
