@@ -39,7 +39,7 @@ void MainWindow::enterCaptureModeChange()
     eCaptureModes &mode = m_pParams->getParams().CaptureMode;
     const CaptureModeFace &face = mode == eStillImageCapture ? kVideo : kStill;
     UpdateEventLog(eEventCaptureModeChange, QString::fromLatin1(face.text));
-    ui->btn_menu_CaptureModeSelect->setIcon(QIcon(graphic(face.picture)));
+    ui->btn_menu_CaptureModeSelect->setIcon(graphicIcon(face.picture));
     mode = face.mode;
     ChangeMainState(eStateLive);
 }

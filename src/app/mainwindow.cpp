@@ -192,7 +192,7 @@ void MainWindow::onBusyIndicator(bool on)
 void MainWindow::onClearPictureEditorButtons()
 {
     const auto setInactive = [](QPushButton *button, const char *picture) {
-        button->setIcon(QIcon(graphic(picture)));
+        button->setIcon(graphicIcon(picture));
     };
     setInactive(ui->btn_menu_ThumbnailImageEditArrow, "btn_imageedit_add_arrow_inactive.png");
     setInactive(ui->btn_menu_ThumbnailImageEditCircle, "btn_imageedit_add_circle_inactive.png");

@@ -213,7 +213,7 @@ void MainWindow::showSelectedFileScreen()
         widget->hide();
     showLiveTopBar(false);
     ui->pb_PlaybackIndicator->setValue(0);
-    ui->btn_menu_ThumbnailNext->setIcon(QIcon(graphic("btn_next_thumbnail.png"))); // the form has the page's
+    ui->btn_menu_ThumbnailNext->setIcon(graphicIcon("btn_next_thumbnail.png")); // the form has the page's
     for (QWidget *widget :
          std::initializer_list<QWidget *>{ui->frm_ThumbnailMenuButtons_left, ui->labelInputVideo,
                                           ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious,
@@ -238,7 +238,7 @@ void MainWindow::displaySelectedFilm()
     // A film that cannot be read keeps the picture shown before it.
     placePicture(kFilmPlace);
     ui->labelInputVideo->setPixmap(QPixmap::fromImage(tmpQimage));
-    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
     ui->btn_menu_ThumbnailVideoPlayPause->show();
     ui->btn_menu_ThumbnailAnnotateRecordPlayPause->hide();
     gst_QueueVideoFilePipeline();

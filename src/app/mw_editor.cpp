@@ -112,7 +112,7 @@ void MainWindow::showTool(int mode)
     onClearPictureEditorButtons();
     for (const Tool &tool : kTools) {
         if (tool.mode == mode)
-            (*ui.*tool.button)->setIcon(QIcon(graphic(tool.activePicture)));
+            (*ui.*tool.button)->setIcon(graphicIcon(tool.activePicture));
     }
 }
 

@@ -65,7 +65,7 @@ void MainWindow::endProgress()
 
 void MainWindow::enterPlaybackMovieQueued()
 {
-    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
     setPlaybackButtonsEnabled(true);
 }
 
@@ -76,7 +76,7 @@ void MainWindow::enterPlaybackMoviePlaying()
     gst_VideoPlayback(QFile::encodeName(unit::path(path)).constData(), filmDuration(path));
     showProgress(0);
     imageTimer->start();
-    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_pause.png")));
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_pause.png"));
     setPlaybackButtonsEnabled(false);
 }
 
@@ -85,14 +85,14 @@ void MainWindow::enterPlaybackMovieResumePlaying()
     gst_PlayVideoFilePipeline();
     startPostGstreamerPlayTimer();
     imageTimer->start();
-    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_pause.png")));
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_pause.png"));
     setPlaybackButtonsEnabled(false);
 }
 
 void MainWindow::enterPlaybackMoviePaused()
 {
     gst_PauseVideoFilePipeline();
-    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
     ui->btn_menu_ThumbnailEditImage->setEnabled(true); // the frame that stands can be marked
 }
 
@@ -124,7 +124,7 @@ void MainWindow::leaveFilm()
 
 void MainWindow::enterPlaybackSnapshotAudioQueued()
 {
-    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_play.png"));
 }
 
 void MainWindow::enterPlaybackSnapshotAudioPlaying()
@@ -137,14 +137,14 @@ void MainWindow::enterPlaybackSnapshotAudioPlaying()
             QFile::encodeName(unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile))).constData());
         showProgress(0);
     }
-    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_pause.png")));
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_pause.png"));
     imageTimer->start();
 }
 
 void MainWindow::enterPlaybackSnapshotAudioPaused()
 {
     gst_PauseAudioPlayback();
-    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_play.png")));
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_play.png"));
 }
 
 void MainWindow::followNote()

@@ -57,7 +57,7 @@ void MainWindow::enterLiveSavingMovie()
 {
     ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
     ui->frm_VideoLengthIndicator->show();
-    ui->btn_menu_Capture->setIcon(QIcon(graphic("btn_stop.png")));
+    ui->btn_menu_Capture->setIcon(graphicIcon("btn_stop.png"));
     setRecordingButtonsEnabled(false);
     elapsedTime.start();
 }
@@ -145,7 +145,7 @@ void MainWindow::repairFilms()
 
 void MainWindow::showRecordingEnded()
 {
-    ui->btn_menu_Capture->setIcon(QIcon(graphic("btn_capture_active.png")));
+    ui->btn_menu_Capture->setIcon(graphicIcon("btn_capture_active.png"));
     ui->frm_VideoLengthIndicator->hide();
     setRecordingButtonsEnabled(true);
     ui->btn_DamageCatelog->hide();
@@ -169,5 +169,5 @@ void MainWindow::followNetworkStream()
     if (!settings.bNetworkStreaming || g_gst_VideoPipelineMode != eGSTStateLiveVideo)
         return;
     settings.bNetworkStreaming = 0;
-    ui->btn_tools_Network_Streaming_On_Off->setIcon(QIcon(graphic("btn_tools_networkstreaming_off.png")));
+    ui->btn_tools_Network_Streaming_On_Off->setIcon(graphicIcon("btn_tools_networkstreaming_off.png"));
 }

@@ -32,7 +32,7 @@ void MainWindow::showNoteButtons()
 {
     const bool annotated = g_FileListing[size_t(g_selectedItemFileIndex)].annotated;
     QPushButton *note = ui->btn_menu_ThumbnailAnnotateRecordPlayPause;
-    note->setIcon(QIcon(graphic(annotated ? "btn_play.png" : "btn_capture_active.png")));
+    note->setIcon(graphicIcon(annotated ? "btn_play.png" : "btn_capture_active.png"));
     note->setEnabled(annotated || m_pParams->getParams().bMicrophoneActive);
     note->show();
     ui->btn_menu_ThumbnailDeleteAudio->setVisible(annotated);
@@ -53,7 +53,7 @@ void MainWindow::enterPlaybackSnapshotRecordingAudio()
     StartAudioRecording(QFile::encodeName(noteFile()).constData());
     elapsedTime.start();
     recordAudioTimer->start();
-    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(QIcon(graphic("btn_stop.png")));
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_stop.png"));
     ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
     ui->frm_VideoLengthIndicator->show();
     setNoteRecordingButtonsEnabled(false);

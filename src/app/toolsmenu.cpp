@@ -43,7 +43,7 @@ constexpr Switch kHotspot = {"btn_tools_wifi_hotspot_on.png", "btn_tools_wifi_ho
 
 void showSwitch(QPushButton *button, const Switch &what, bool on)
 {
-    button->setIcon(QIcon(graphic(on ? what.on : what.off)));
+    button->setIcon(graphicIcon(on ? what.on : what.off));
 }
 
 void logSwitch(const Switch &what, bool on)
@@ -256,7 +256,7 @@ void MainWindow::showLanguage()
     // A language that the settings file made up has no picture; the button keeps its last one.
     if (const QString abbreviation = m_pParams->getParams().LanguageAbbreviation; !abbreviation.isEmpty())
         ui->btn_tools_Set_Language->setIcon(
-            QIcon(graphic("btn_tools_lang_") + abbreviation + QLatin1String(".png")));
+            QIcon(QPixmap(graphic("btn_tools_lang_") + abbreviation + QLatin1String(".png"))));
 }
 
 void MainWindow::on_btn_tools_Set_Language_clicked()

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <malloc.h>
 #include <optional>
 
 struct_VideoInputPipeline g_gst_Pipeline = {};
@@ -97,6 +98,7 @@ void tearDown()
             element = nullptr;
         }
     }
+    malloc_trim(0); // what the pipeline leaves between longer-lived memory goes back to the system
     if (g_VideoInput_loop)
         g_main_loop_quit(g_VideoInput_loop);
 }
