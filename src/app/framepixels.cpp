@@ -5,6 +5,17 @@
 
 namespace {
 
+// By way of void: a line of an image starts at a multiple of four bytes, which its type does not tell.
+void *aligned(uchar *line)
+{
+    return line;
+}
+
+const void *aligned(const uchar *line)
+{
+    return line;
+}
+
 // Halves of 16 bits, of which the compiler works on twice as many at a time.
 void expand(const quint16 *pixels, int count, quint32 *expanded)
 {
@@ -34,7 +45,7 @@ void FrameStretcher::fill(QImage &rows, int first)
 {
     int expandedRow = -1;
     for (int y = 0; y < rows.height(); ++y) {
-        auto *to = reinterpret_cast<quint32 *>(rows.scanLine(y));
+        auto *to = static_cast<quint32 *>(aligned(rows.scanLine(y)));
         const int row =
             m_crop.y() + std::min(first + y, m_picture.height() - 1) * m_crop.height() / m_picture.height();
         if (row == expandedRow) {
@@ -42,7 +53,7 @@ void FrameStretcher::fill(QImage &rows, int first)
             continue;
         }
         expandedRow = row;
-        const auto *from = reinterpret_cast<const quint16 *>(m_frame.constScanLine(row)) + m_crop.x();
+        const auto *from = static_cast<const quint16 *>(aligned(m_frame.constScanLine(row))) + m_crop.x();
         if (m_columns.empty()) {
             expand(from, m_picture.width(), to);
             continue;

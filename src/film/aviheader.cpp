@@ -85,12 +85,14 @@ std::optional<Header> parseHeader(const QByteArray &start)
         return std::nullopt;
     Header header;
     header.bytes = start;
-    for (qsizetype at = kListHead; !header.movi && at + kListHead <= start.size();) {
+    for (qsizetype at = kListHead; at + kListHead <= start.size();) {
         const quint64 size = valueAt<quint32>(start, at + 4);
         const bool whole = quint64(at + kChunkHead) + size <= quint64(start.size());
-        if (isList(start, at, "movi"))
+        if (isList(start, at, "movi")) {
             header.movi = at;
-        else if (isList(start, at, "hdrl") && (!whole || !parseHeaderList(header, at, qsizetype(size))))
+            break;
+        }
+        if (!whole || (isList(start, at, "hdrl") && !parseHeaderList(header, at, qsizetype(size))))
             return std::nullopt;
         at += kChunkHead + qsizetype(padded(size));
     }

@@ -21,6 +21,8 @@ constexpr char kRowEnd[] = "</tr>\n";
 constexpr char kHeadEnd[] = "</thead>\n";
 constexpr char kOurTable[] = "box-table-a";
 constexpr qint64 kTailWindow = 16 * 1024; // bytes: the page's end after the table is far shorter
+constexpr qint64 kLargestPage =
+    64 << 20; // bytes, ten thousands of rows: what is larger is not read as a whole
 
 constexpr std::array kAssetNames = {"bg.jpg",          "deleted.png", "imagecaptured.png",
                                     "information.png", "renamed.png", "quenvale_website_logo.png",
@@ -81,7 +83,7 @@ enum class Put { Done, NoTable, Failed };
 // Writes row and page tail over the tail, as one write, then syncs.
 Put putRow(QFile &page, const QByteArray &row)
 {
-    for (qint64 window = kTailWindow;; window *= 16) {
+    for (qint64 window = kTailWindow; window <= kLargestPage; window *= 16) {
         const qint64 start = std::max<qint64>(0, page.size() - window);
         page.seek(start);
         const QByteArray tail = page.read(page.size() - start);
@@ -92,8 +94,9 @@ Put putRow(QFile &page, const QByteArray &row)
             return page.write(bytes) == bytes.size() && ::fsync(page.handle()) == 0 ? Put::Done : Put::Failed;
         }
         if (start == 0)
-            return Put::NoTable;
+            break;
     }
+    return Put::NoTable;
 }
 
 } // namespace
@@ -167,7 +170,7 @@ void mendInspectionLog()
         return;
     page.seek(std::max<qint64>(0, page.size() - kTailWindow));
     const QByteArray end = page.readAll().trimmed();
-    if (end.contains(kTableEnd) && end.endsWith("</html>"))
+    if (page.size() > kLargestPage || (end.contains(kTableEnd) && end.endsWith("</html>")))
         return;
     page.seek(0);
     const QByteArray content = page.readAll();

@@ -11,7 +11,7 @@ QImage everyColour()
 {
     QImage frame(256, 256, QImage::Format_RGB16);
     for (int y = 0; y < frame.height(); ++y) {
-        auto *line = reinterpret_cast<quint16 *>(frame.scanLine(y));
+        auto *line = static_cast<quint16 *>(static_cast<void *>(frame.scanLine(y)));
         for (int x = 0; x < frame.width(); ++x)
             line[x] = static_cast<quint16>(y << 8 | x);
     }

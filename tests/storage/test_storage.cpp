@@ -265,6 +265,18 @@ private slots:
         QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u"mine.new"_s))));
     }
 
+    // A damaged card may call a file of 3 GiB a page: no board has the memory to look for its rows.
+    void aPageBeyondTwoGibibytesStaysAsItIs()
+    {
+        const CardWith card(u"Huge"_s);
+        const QByteArray page = QFile::encodeName(unit::path(pageOf(u"Huge"_s)));
+        QCOMPARE(::truncate(page.constData(), off_t(3) << 30), 0);
+        CreateDCIMStructure(g_SavedFSInfo.currRootDirectory);
+        UpdateLogFiles(eImageCapture, 100, u"/x/first.jpg"_s, QString());
+        QCOMPARE(QFileInfo(QFile::decodeName(page)).size(), qint64(3) << 30);
+        QVERIFY(card.content(inCurrentFolder(u"Huge.txt"_s)).endsWith("first.jpg\n"));
+    }
+
     void aStillIsCutAndBanded()
     {
         QImage band(720, 600, QImage::Format_RGB32);
