@@ -21,8 +21,8 @@ constexpr char kRowEnd[] = "</tr>\n";
 constexpr char kHeadEnd[] = "</thead>\n";
 constexpr char kOurTable[] = "box-table-a";
 constexpr qint64 kTailWindow = 16 * 1024; // bytes: the page's end after the table is far shorter
-constexpr qint64 kLargestPage =
-    64 << 20; // bytes, ten thousands of rows: what is larger is not read as a whole
+// Bytes, some hundred thousand rows: what is larger is no page of ours and is not read as a whole.
+constexpr qint64 kLargestPage = 64 << 20;
 
 constexpr std::array kAssetNames = {"bg.jpg",          "deleted.png", "imagecaptured.png",
                                     "information.png", "renamed.png", "quenvale_website_logo.png",
