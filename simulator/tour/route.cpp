@@ -36,6 +36,8 @@ void stills(Hand &hand)
     hand.waitForScreen("btn_menu_CaptureModeSelect");
 }
 
+constexpr int kFilmMs = 6000; // five seconds of film, however long the microphone takes to open
+
 // The first film carries a damage from the catalog.
 void films(Hand &hand)
 {
@@ -48,14 +50,14 @@ void films(Hand &hand)
     hand.touchItem("listW_DamageCatelog", 2);
     hand.look("damage-catalog");
     hand.touch("btn_DamageCatelog_Confirm");
-    hand.pause(3000);
+    hand.pause(kFilmMs);
     hand.look("recording");
     hand.touch("btn_menu_Capture");
     hand.waitForScreen("btn_menu_Thumbnails");
     hand.unit({QStringLiteral("meter"), QStringLiteral("6.00")});
     hand.pause(600);
     hand.touch("btn_menu_Capture");
-    hand.pause(5000);
+    hand.pause(kFilmMs);
     hand.touch("btn_menu_Capture");
     hand.waitForScreen("btn_menu_Thumbnails");
     hand.touch("btn_menu_CaptureModeSelect");
