@@ -27,7 +27,7 @@ from .programs import (
 from .rows import compared, limited
 
 SETTLE = 2  # seconds that a program gets before it is measured
-FFMPEG_PICTURE = f"testsrc2=size=720x576:rate={RATE}"
+FFMPEG_PICTURE = ["ffmpeg", "-nostats", "-re", "-f", "lavfi", "-i", f"testsrc2=size=720x576:rate={RATE}"]
 FILM_RATE = {True: 15, False: 25}  # frames a second of a film with and without sound
 TEXTS = (
     'textoverlay font-desc="Sans 12" halignment=4 valignment=3 xpos=0 ypos=0 deltax=2 deltay=554 text="Wall crack"',
@@ -134,7 +134,7 @@ def film_ffmpeg(sound, seconds):
     rate = FILM_RATE[sound]
     texts = "drawtext=text='Wall crack':x=2:y=554:fontsize=16,drawtext=text='12.34 m':x=2:y=2:fontsize=19,"
     texts += r"drawtext=text='%{localtime\:%H\\\:%M %d.%m.%Y}':x=568:y=4:fontsize=16"
-    command = ["ffmpeg", "-v", "info", "-nostats", "-re", "-f", "lavfi", "-i", FFMPEG_PICTURE]
+    command = list(FFMPEG_PICTURE)
     if sound:
         command += ["-re", "-f", "lavfi", "-i", "sine=frequency=440", "-c:a", "libmp3lame"]
     with tempfile.TemporaryDirectory() as folder:
@@ -146,8 +146,7 @@ def film_ffmpeg(sound, seconds):
 
 def ffmpeg_source(seconds):
     """What ffmpeg's test picture costs by itself."""
-    command = ["ffmpeg", "-v", "info", "-nostats", "-re", "-f", "lavfi", "-i", FFMPEG_PICTURE, "-f", "null", "-"]
-    with Program(command, end=signal.SIGINT) as source:
+    with Program([*FFMPEG_PICTURE, "-f", "null", "-"], end=signal.SIGINT) as source:
         source.wait_for("Output #0")
         return per_frame(source, seconds, RATE)
 

@@ -104,8 +104,8 @@ void keyboardWidget::createLayout()
         QFont keyFont = font();
         keyFont.setPixelSize(changesPage ? kCaptionPixels : kLetterPixels);
         button->setFont(keyFont);
-        button->setCheckable(function == eShiftKey); // lit while the next letter is a capital
-        button->setIcon(QIcon(symbolOf(function)));
+        button->setCheckable(function == eShiftKey);  // lit while the next letter is a capital
+        button->setIcon(QPixmap(symbolOf(function))); // shared by every keyboard
         button->setIconSize(QSize(40, 40));
         button->setProperty("special", m_layout.keyMap[size_t(key)].default_char.isNull());
         if (function == eDeleteKey) {

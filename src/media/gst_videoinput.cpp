@@ -255,7 +255,6 @@ void configureLayout(eGstreamerState layout)
         g_object_set(g_gst_Pipeline.videosavesink, "location", g_gst_VideoFileName, nullptr);
         // What the muxer has handed on survives a kill, and a sync finds it.
         gst_util_set_object_arg(G_OBJECT(g_gst_Pipeline.videosavesink), "buffer-mode", "unbuffered");
-        g_object_set(g_gst_Pipeline.videosavesink, "enable-last-sample", FALSE, nullptr);
         g_filmSync.emplace(g_gst_VideoFileName);
         break;
     case eGSTStateStreaming:
@@ -295,8 +294,7 @@ void connectQueues()
 gboolean soundIsDue(gpointer)
 {
     g_soundTimeout = 0;
-    if (g_gst_VideoPipelineMode == eGSTStateRecordingWithAudio && !g_endTimeout &&
-        waitsForSound(g_gst_Pipeline.videomuxQueue)) {
+    if (!g_endTimeout && waitsForSound(g_gst_Pipeline.videomuxQueue)) {
         qCWarning(log) << "no sound from the microphone, the film goes on without";
         g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
         tearDownAndRebuild();
@@ -308,6 +306,7 @@ void startWithSound()
 {
     const GstOwner<GstElement> muxer(lookUp("mux"));
     releaseSoundPackets(muxer.get());
+    g_object_set(g_gst_Pipeline.videosavesink, "enable-last-sample", FALSE, nullptr); // it keeps none of them
     startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
     g_soundTimeout = g_timeout_add(kSoundLimitMs, soundIsDue, nullptr);
 }

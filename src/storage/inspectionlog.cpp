@@ -166,11 +166,12 @@ void mendInspectionLog()
 {
     mendTornLine(textFile());
     QFile page(unit::path(pageFile()));
-    if (!page.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
+    if (!page.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered) ||
+        page.size() > kLargestPage)
         return;
     page.seek(std::max<qint64>(0, page.size() - kTailWindow));
     const QByteArray end = page.readAll().trimmed();
-    if (page.size() > kLargestPage || (end.contains(kTableEnd) && end.endsWith("</html>")))
+    if (end.contains(kTableEnd) && end.endsWith("</html>"))
         return;
     page.seek(0);
     const QByteArray content = page.readAll();

@@ -112,6 +112,7 @@ public:
         const QByteArray path = film.toUtf8();
         gst_StartRecordingAVIFile(path.constData(), int(path.size()));
     }
+    ~Recording() { gst_EndVideoInputPipeline(); } // also when a check ends the test
 
 private:
     const TestUnit m_folder{{u"/home/root/tubix4_app"_s}};
