@@ -256,7 +256,7 @@ void MainWindow::showLanguage()
     // A language that the settings file made up has no picture; the button keeps its last one.
     if (const QString abbreviation = m_pParams->getParams().LanguageAbbreviation; !abbreviation.isEmpty())
         ui->btn_tools_Set_Language->setIcon(
-            graphicIcon("btn_tools_lang_" + abbreviation.toLatin1() + ".png"));
+            QIcon(QPixmap(graphic("btn_tools_lang_") + abbreviation + QLatin1String(".png"))));
 }
 
 void MainWindow::on_btn_tools_Set_Language_clicked()
