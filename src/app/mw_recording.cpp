@@ -148,6 +148,7 @@ void MainWindow::showRecordingEnded()
     ui->btn_menu_Capture->setIcon(graphicIcon("btn_capture_active.png"));
     ui->frm_VideoLengthIndicator->hide();
     setRecordingButtonsEnabled(true);
+    showCardButtons(SDCardInfo.inserted, eStateLive); // the film may have ended because the card went
     ui->btn_DamageCatelog->hide();
 }
 
