@@ -1,8 +1,7 @@
-// pipecamera: the simulated unit's capture device as a GStreamer element. Live, PAL size, 25 pictures a
-// second, in step with the pipeline's clock; what it shows follows the unit's meter count, LED brightness and
-// camera head.
-#include "pipepicture.h"
-#include "unitfiles.h"
+// pipecamera: the simulated unit's capture device as a GStreamer element. Live, PAL size unless the unit's
+// dial says otherwise, 25 pictures a second, in step with the pipeline's clock; what it shows follows the
+// unit's meter count, LED brightness and camera head.
+#include "capture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,21 +22,9 @@ namespace {
 constexpr GstClockTime kFrame = GST_SECOND / 25;
 constexpr guint64 kWaiting = 2; // pictures that may be fetched late before one is dropped
 
-constexpr char kCaps[] = "video/x-raw, format=(string)I420, width=(int)720, height=(int)576, "
+constexpr char kCaps[] = "video/x-raw, format=(string)I420, width=(int)[160, 1920], height=(int)[120, 1080], "
                          "framerate=(fraction)25/1, pixel-aspect-ratio=(fraction)1/1, "
                          "interlace-mode=(string)progressive";
-
-// What lives from start to stop, besides the clock's wait that another thread may break off.
-struct Capture
-{
-    explicit Capture(const std::string &device) : files(device) {}
-
-    UnitFiles files;
-    pipecam::Picture picture;
-    double position = -1; // of the camera in the pipe, millimetres
-    double sway = 0;      // how much the cable shakes the camera, 0 to 1
-    guint64 next = 0;     // number of the next picture since the pipeline's start
-};
 
 struct PipeCamera
 {
@@ -45,6 +32,7 @@ struct PipeCamera
 
     std::string *device;               // guarded by the object's lock
     std::unique_ptr<Capture> *capture; // start() to stop(), used by the streaming thread
+    CameraDials::Size size;            // guarded by the object's lock: of the started camera, or 0 x 0
     GstVideoInfo info;                 // of the caps
     GstClockID wait;                   // guarded by the object's lock: what the streaming thread waits for
     bool flushing;                     // guarded by the object's lock
@@ -93,6 +81,13 @@ void getProperty(GObject *object, guint id, GValue *value, GParamSpec *parameter
     g_value_set_string(value, deviceName(self(object)).c_str());
 }
 
+void setSize(PipeCamera *camera, CameraDials::Size size)
+{
+    GST_OBJECT_LOCK(camera);
+    camera->size = size;
+    GST_OBJECT_UNLOCK(camera);
+}
+
 gboolean start(GstBaseSrc *source)
 {
     PipeCamera *camera = self(source);
@@ -104,19 +99,47 @@ gboolean start(GstBaseSrc *source)
                           ("it must be a regular file in the dev folder of a simulated unit"));
         return FALSE;
     }
+    capture->next = static_cast<guint64>(std::ceil(capture->dials.delay() * GST_SECOND / kFrame));
+    setSize(camera, capture->dials.size());
     *camera->capture = std::move(capture);
     return TRUE;
 }
 
 gboolean stop(GstBaseSrc *source)
 {
+    setSize(self(source), {0, 0});
     self(source)->capture->reset();
     return TRUE;
 }
 
+// A camera has one size from its start on; a stopped one may come back with any.
+GstCaps *getCaps(GstBaseSrc *source, GstCaps *filter)
+{
+    PipeCamera *camera = self(source);
+    GST_OBJECT_LOCK(camera);
+    const CameraDials::Size size = camera->size;
+    GST_OBJECT_UNLOCK(camera);
+    GstCaps *caps = gst_pad_get_pad_template_caps(GST_BASE_SRC_PAD(source));
+    if (size.width > 0) {
+        caps = gst_caps_make_writable(caps);
+        gst_caps_set_simple(caps, "width", G_TYPE_INT, size.width, "height", G_TYPE_INT, size.height,
+                            nullptr);
+    }
+    if (filter) {
+        GstCaps *all = caps;
+        caps = gst_caps_intersect_full(filter, all, GST_CAPS_INTERSECT_FIRST);
+        gst_caps_unref(all);
+    }
+    return caps;
+}
+
 gboolean setCaps(GstBaseSrc *source, GstCaps *caps)
 {
-    return gst_video_info_from_caps(&self(source)->info, caps);
+    PipeCamera *camera = self(source);
+    if (!gst_video_info_from_caps(&camera->info, caps))
+        return FALSE;
+    (*camera->capture)->scaleTo(camera->info);
+    return TRUE;
 }
 
 gboolean decideAllocation(GstBaseSrc *source, GstQuery *query)
@@ -208,58 +231,24 @@ GstFlowReturn waitForFrame(PipeCamera *camera, guint64 &next, GstClockTime &time
     return GST_FLOW_OK;
 }
 
-// The meter counts whole centimetres and is pushed in jerks; the camera glides after it.
-void follow(Capture &capture)
-{
-    const double target = capture.files.meterCount() * 10.0;
-    const double way = target - capture.position;
-    if (capture.position < 0 || std::abs(way) > 1500)
-        capture.position = target;
-    else if (std::abs(way) < 0.1)
-        capture.position = target;
-    else
-        capture.position += way * 0.22;
-    const double shake = std::abs(way) > 2 ? 1 : 0;
-    capture.sway += (shake - capture.sway) * 0.06;
-}
-
-void paint(Capture &capture, GstVideoFrame &frame, GstClockTime time)
-{
-    const pipecam::Canvas canvas = {static_cast<uint8_t *>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0)),
-                                    static_cast<uint8_t *>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 1)),
-                                    static_cast<uint8_t *>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 2)),
-                                    GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0),
-                                    GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 1),
-                                    GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 2)};
-    capture.files.update();
-    follow(capture);
-    if (capture.files.headAttached()) {
-        capture.picture.draw(canvas, capture.position, capture.files.light(),
-                             static_cast<double>(time) / static_cast<double>(GST_SECOND), capture.sway);
-    } else {
-        pipecam::Picture::drawNoSignal(canvas);
-    }
-}
-
 GstFlowReturn fill(GstPushSrc *source, GstBuffer *buffer)
 {
     PipeCamera *camera = self(source);
     Capture &capture = **camera->capture;
     GstClockTime time = 0;
-    if (const GstFlowReturn result = waitForFrame(camera, capture.next, time); result != GST_FLOW_OK)
-        return result;
-    if (!capture.files.cameraPresent()) {
-        GST_ELEMENT_ERROR(camera, RESOURCE, READ,
-                          ("The capture device '%s' has gone.", deviceName(camera).c_str()), (nullptr));
-        return GST_FLOW_ERROR;
-    }
-    GstVideoFrame frame;
-    if (!gst_video_frame_map(&frame, &camera->info, buffer, GST_MAP_WRITE)) {
+    do {
+        if (const GstFlowReturn result = waitForFrame(camera, capture.next, time); result != GST_FLOW_OK)
+            return result;
+        if (!capture.files.cameraPresent()) {
+            GST_ELEMENT_ERROR(camera, RESOURCE, READ,
+                              ("The capture device '%s' has gone.", deviceName(camera).c_str()), (nullptr));
+            return GST_FLOW_ERROR;
+        }
+    } while (capture.dials.isSilent());
+    if (!capture.paint(buffer, camera->info, time)) {
         GST_ELEMENT_ERROR(camera, RESOURCE, WRITE, ("Cannot write a picture."), (nullptr));
         return GST_FLOW_ERROR;
     }
-    paint(capture, frame, time);
-    gst_video_frame_unmap(&frame);
     GST_BUFFER_PTS(buffer) = time;
     GST_BUFFER_DTS(buffer) = time; // sinks go by it where it is set, and the base class would set the present
     GST_BUFFER_DURATION(buffer) = kFrame;
@@ -298,6 +287,7 @@ void pipe_camera_class_init(PipeCameraClass *type)
     GstBaseSrcClass *source = GST_BASE_SRC_CLASS(type);
     source->start = start;
     source->stop = stop;
+    source->get_caps = getCaps;
     source->set_caps = setCaps;
     source->decide_allocation = decideAllocation;
     source->query = query;
@@ -312,6 +302,7 @@ void pipe_camera_init(PipeCamera *camera)
     camera->capture = new std::unique_ptr<Capture>;
     camera->wait = nullptr;
     camera->flushing = false;
+    camera->size = {0, 0};
     gst_video_info_init(&camera->info);
     gst_base_src_set_live(GST_BASE_SRC(camera), TRUE);
     gst_base_src_set_format(GST_BASE_SRC(camera), GST_FORMAT_TIME);

@@ -19,6 +19,8 @@ constexpr size_t kEqualiserLock = 10;
 constexpr int kReelMaximum = 60;
 constexpr int kMiniMaximum = 30;
 
+} // namespace
+
 std::string unitFolder(const std::string &device)
 {
     const auto parent = [](const std::string &path) {
@@ -29,8 +31,6 @@ std::string unitFolder(const std::string &device)
     };
     return parent(parent(device));
 }
-
-} // namespace
 
 WatchedFile::~WatchedFile()
 {

@@ -28,6 +28,9 @@ private:
     ino_t m_inode = 0;
 };
 
+// The unit's folder by its capture device's file, DIR/dev/video0.
+std::string unitFolder(const std::string &device);
+
 // One unit as its camera knows it. Used by one streaming thread at a time.
 class UnitFiles
 {

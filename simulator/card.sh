@@ -1,0 +1,97 @@
+# shellcheck shell=bash
+# The card. Part of the control tool `unit`, which sources it.
+
+inserted_lines=(
+    'mmc1: new high speed SDHC card at address b368'
+    'mmcblk1: mmc1:b368 SD08G 7.41 GiB '
+    ' mmcblk1: p1'
+)
+removed_line='mmc1: card b368 removed'
+damaged_lines=(
+    'FAT-fs (mmcblk1p1): FAT read failed (blocknr 3584)'
+    'FAT-fs (mmcblk1p1): error, fat_free_clusters: deleting FAT entry beyond EOF'
+    'FAT-fs (mmcblk1p1): Filesystem has been set read-only'
+)
+
+# The card's folder, wherever it is.
+card_folder()
+{
+    if card_is_mounted; then
+        printf '%s' "$card"
+    else
+        printf '%s' "$card_aside"
+    fi
+}
+
+card_insert()
+{
+    [ "$(kept slot in)" = out ] || ! card_is_mounted || return 0
+    # A card that was only unmounted is pulled and put in again.
+    [ "$(kept slot in)" = out ] || kernel "$removed_line"
+    keep slot in
+    keep health good
+    card_mount
+    kernel "${inserted_lines[@]}"
+}
+
+card_remove()
+{
+    [ "$(kept slot in)" = in ] || return 0
+    keep slot out
+    ! card_is_mounted || card_unmount
+    rm -f "$state/mass_storage"
+    kernel "$removed_line"
+}
+
+card_corrupt()
+{
+    local lines=(' mmcblk1: p1')
+    card_is_mounted || card_mount
+    [ "$(kept slot in)" = in ] || lines=("${inserted_lines[@]}")
+    keep slot in
+    keep health damaged
+    kernel "${lines[@]}" "${damaged_lines[@]}"
+}
+
+card_full()
+{
+    keep filler 0
+    card_usage "$(card_folder)"
+    keep filler $((available > 5120 ? available - 5120 : 0))
+}
+
+card_empty()
+{
+    find "$(card_folder)" -mindepth 1 -delete
+    keep filler 0
+    keep health good
+}
+
+card_status()
+{
+    local folder
+    folder=$(card_folder)
+    card_usage "$folder"
+    printf '%s, %s; %d of %d KB used, %d KB free (%d%%); %d files\n' "$(card_place)" "$(kept health good)" \
+        "$used" "$card_size" "$available" "$percent" "$(find "$folder" -type f | wc -l)"
+}
+
+card_place()
+{
+    if [ "$(kept slot in)" = out ]; then
+        echo 'out of the slot'
+    elif card_is_mounted; then
+        echo inserted
+    else
+        echo 'in the slot, unmounted'
+    fi
+}
+
+sd_card()
+{
+    expect 1 "$@"
+    case $1 in
+    insert | remove | corrupt | full | empty | status) "card_$1" ;;
+    *) misused "card: unknown value '$1'; insert, remove, corrupt, full, empty, status" ;;
+    esac
+}
