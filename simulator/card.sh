@@ -26,26 +26,72 @@ card_folder()
 card_insert()
 {
     [ "$(kept slot in)" = out ] || ! card_is_mounted || return 0
-    # A card that was only unmounted is pulled and put in again.
+    # A card that is in the slot without a mount is pulled and put in again.
     [ "$(kept slot in)" = out ] || kernel "$removed_line"
     keep slot in
     keep health good
-    card_mount
-    kernel "${inserted_lines[@]}"
+    case $(kept card_mount 0) in
+    never)
+        rm -f "$state/mounting"
+        kernel "${inserted_lines[@]}"
+        ;;
+    *[1-9]*)
+        card_mount_later "$(kept card_mount 0)"
+        kernel "${inserted_lines[@]}"
+        ;;
+    *)
+        card_mount
+        kernel "${inserted_lines[@]}"
+        ;;
+    esac
+}
+
+# card_mount_later SECONDS: unless the card is pulled meanwhile, or the unit's folder goes.
+card_mount_later()
+{
+    local insertion=$EPOCHREALTIME
+    keep mounting "$insertion"
+    {
+        sleep "$1"
+        [ "$(kept mounting '')" != "$insertion" ] || { card_mount && rm -f "$state/mounting"; }
+    } </dev/null >/dev/null 2>&1 &
 }
 
 card_remove()
 {
     [ "$(kept slot in)" = in ] || return 0
     keep slot out
+    rm -f "$state/mounting" "$state/mass_storage"
     ! card_is_mounted || card_unmount
-    rm -f "$state/mass_storage"
     kernel "$removed_line"
+}
+
+card_delay()
+{
+    seconds "$1" 10
+    keep card_mount "$1"
+}
+
+# Puts in a card that no file system driver knows, in place of the one that is in.
+card_unmountable()
+{
+    card_remove
+    keep card_mount never
+    card_insert
+}
+
+# The card is mounted after all; the kernel has no line about it.
+card_mountable()
+{
+    [ "$(kept card_mount 0)" = never ] || return 0
+    rm -f "$state/card_mount"
+    [ "$(kept slot in)" = out ] || card_is_mounted || card_mount
 }
 
 card_corrupt()
 {
     local lines=(' mmcblk1: p1')
+    rm -f "$state/mounting"
     card_is_mounted || card_mount
     [ "$(kept slot in)" = in ] || lines=("${inserted_lines[@]}")
     keep slot in
@@ -83,15 +129,23 @@ card_place()
     elif card_is_mounted; then
         echo inserted
     else
-        echo 'in the slot, unmounted'
+        echo 'in the slot, not mounted'
     fi
 }
 
 sd_card()
 {
-    expect 1 "$@"
-    case $1 in
-    insert | remove | corrupt | full | empty | status) "card_$1" ;;
-    *) misused "card: unknown value '$1'; insert, remove, corrupt, full, empty, status" ;;
+    case ${1:-} in
+    delay)
+        expect 2 "$@"
+        "card_$1" "$2"
+        ;;
+    *)
+        expect 1 "$@"
+        case $1 in
+        insert | remove | corrupt | full | empty | status | unmountable | mountable) "card_$1" ;;
+        *) misused "card: unknown value '$1'; see $tool --help" ;;
+        esac
+        ;;
     esac
 }

@@ -30,20 +30,24 @@ kept()
 
 card_is_mounted()
 {
-    [ -d "$card" ] && [ ! -d "$card_aside" ]
+    [ ! -d "$card_aside" ]
 }
 
-# The folder goes as a whole, so that nobody finds half a card.
+# The folder goes as a whole, so that nobody finds half a card. What stays is the bare mount point, a folder of the
+# root file system that can be written to.
 card_unmount()
 {
     /bin/mv "$card" "$card_aside"
+    [ ! -d "$state/mount_point" ] || /bin/mv -T "$state/mount_point" "$card"
+    /bin/mkdir -p "$card"
 }
 
-# What was written to the bare mount point meanwhile is hidden by a mount; here it goes.
+# What was written to the bare mount point meanwhile is hidden until the card goes.
 card_mount()
 {
-    [ ! -d "$card" ] || /bin/rm -rf "$card"
-    /bin/mv "$card_aside" "$card"
+    until /bin/mv -T "$card_aside" "$card" 2>/dev/null; do
+        [ -d "$card_aside" ] && /bin/mv -T "$card" "$state/mount_point" || return 1
+    done
 }
 
 # card_usage FOLDER: sets used, available and percent (kilobytes, as df prints them).

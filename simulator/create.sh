@@ -28,7 +28,7 @@ create_folders()
     for folder in "$decoder_file" "$extcon_file" "$lcd_file" "$led_file"; do
         mkdir -p "$root/$(dirname "$folder")"
     done
-    [ -d "$card_aside" ] || mkdir -p "$card"
+    mkdir -p "$card"
 }
 
 # The stand-ins are always brought up to date; tar, openssl and ffmpeg are the real ones.

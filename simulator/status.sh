@@ -44,6 +44,13 @@ camera_text()
         "$(kept camera_size 720x576)" "$(kept camera_delay 0)"
 }
 
+mount_text()
+{
+    local delay
+    delay=$(kept card_mount 0)
+    [ "$delay" = never ] && echo never || echo "$delay s after the kernel's lines"
+}
+
 application_text()
 {
     local pid=
@@ -78,6 +85,7 @@ show_status()
     row 'LED' "brightness $(cat "$root/$led_file")"
     row backlight "$(cat "$root/$lcd_file")"
     row card "$(card_status)"
+    row 'card mount' "$(mount_text)"
     row usb "$usb_text${offered:+, mass storage offered}"
     row wifi "$(kept wifi hotspot)"
 }

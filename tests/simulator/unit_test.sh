@@ -154,7 +154,8 @@ test_card()
     check 'its parts add up' $(($(card_line 3) + $(card_line 4))) 7766016
 
     check 'removal in the kernel log' "$(batch card remove | grep -c 'mmc1: card.*removed')" 1
-    check 'a removed card is no longer there' "$(ls -A "$dir/media")$(card_line 1)" ''
+    check 'a removed card leaves the bare mount point' "$(ls -A "$dir/media/mmcblk1p1")$(card_line 1)" ''
+    echo stray >"$dir/media/mmcblk1p1/stray"
     check 'insertion in the kernel log' "$(batch card insert | grep -c 'mmcblk1: p1')" 1
     check 'the card comes back as it was' "$(ls "$dir/media/mmcblk1p1/DCIM")" file
     check 'the error comes after the partition' \
@@ -165,10 +166,36 @@ test_card()
     local before
     before=$(wc -c <"$messages")
     stand_in umount /media/mmcblk1p1
-    check 'an unmounted card' "$(ls -A "$dir/media")$(card_line 1)" ''
+    check 'an unmounted card' "$(ls -A "$dir/media/mmcblk1p1")$(card_line 1)" stray
     check 'the kernel is silent about it' "$(wc -c <"$messages")" "$before"
     unit card insert
     check 'the card is mounted again' "$(card_line 6)" /media/mmcblk1p1
+}
+
+# eventually COMMAND...: true as soon as the command is.
+eventually()
+{
+    local tries=0
+    until "$@"; do
+        [ $((tries += 1)) -lt 100 ] || return 1
+        sleep 0.1
+    done
+}
+
+test_late_mount()
+{
+    unit card remove
+    unit card delay 0.5
+    check 'the kernel tells of the card' "$(batch card insert | grep -c 'mmcblk1: p1')" 1
+    check 'it is not yet mounted' "$(card_line 6)" ''
+    unit card remove
+    unit card insert
+    check 'it mounts' "$(eventually test ! -e "$dir/.simulator/card" && card_line 6)" /media/mmcblk1p1
+    check 'a card that never mounts: kernel' "$(batch card unmountable | grep -c 'mmcblk1: p1')" 1
+    check 'a card that never mounts: df' "$(card_line 6)" ''
+    unit card mountable
+    check 'mounted after all' "$(card_line 6)" /media/mmcblk1p1
+    unit card delay 0
 }
 
 test_devices()
@@ -227,6 +254,7 @@ test_create
 test_usage
 test_board
 test_card
+test_late_mount
 test_devices
 test_stand_ins
 test_poweroff
