@@ -8,10 +8,34 @@ card=$root/media/mmcblk1p1  # the mounted card
 card_aside=$state/card      # the same card while it is not mounted
 card_size=7766016           # kilobytes of a card of 8 GB
 
-# record NAME ARGUMENTS: one line for each call.
+# record NAME ARGUMENTS: one line for each call. It is the first that a stand-in does, so a command that the unit's
+# dial has made fail ends here.
 record()
 {
     printf '%s %s\n' "$(/bin/date +%H:%M:%S)" "$*" >>"$root/var/log/commands"
+    [ ! -f "$state/command_$1" ] || misbehave "$1"
+}
+
+# misbehave NAME: as `simulator/unit command NAME` was told.
+misbehave()
+{
+    read -r how value <"$state/command_$1" || return 0
+    case $how in
+    hang) /bin/sleep "$value" </dev/null >/dev/null 2>&1 ;;
+    nonsense)
+        printf '\377\376\033[%%s -1 /dev/\t\t99999999999999999999%% \001NaN\n\n'
+        exit 0
+        ;;
+    fail)
+        case $value in
+        '') ;;
+        1) /bin/rm -f "$state/command_$1" ;;
+        *) keep "command_$1" "fail $((value - 1))" ;;
+        esac
+        echo "$1: Input/output error" >&2
+        exit 1
+        ;;
+    esac
 }
 
 # keep NAME VALUE: a value of the state, replaced as a whole.

@@ -31,18 +31,32 @@ create_folders()
     mkdir -p "$card"
 }
 
-# The stand-ins are always brought up to date; tar, openssl and ffmpeg are the real ones.
+# The stand-ins are always brought up to date. tar, openssl and ffmpeg are the real ones, behind a record.
 create_commands()
 {
     local file program
     put "$root/usr/lib/simulator/common.sh" <"$here/common.sh"
     for file in "$here"/commands/*; do
-        put "$root/usr/bin/$(basename "$file")" 755 <"$file"
+        create_command "$(basename "$file")" <"$file"
     done
     for program in tar openssl ffmpeg; do
         file=$(command -v "$program" || true)
-        [ -z "$file" ] || ln -sfn "$file" "$root/usr/bin/$program"
+        [ -z "$file" ] || create_command "$program" <<TEXT
+#!/bin/sh
+root=\${0%/usr/bin/*}
+. "\$root/usr/lib/simulator/common.sh"
+record $program "\$@"
+exec $file "\$@"
+TEXT
     done
+}
+
+# create_command NAME: one that is missing by the unit's dial stays so.
+create_command()
+{
+    local place=$root/usr/bin/$1
+    [ ! -f "$state/missing_$1" ] || place=$state/missing_$1
+    put "$place" 755
 }
 
 create_devices()

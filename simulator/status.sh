@@ -87,6 +87,7 @@ show_status()
     row card "$(card_status)"
     row 'card mount' "$(mount_text)"
     row usb "$usb_text${offered:+, mass storage offered}"
+    row commands "$(stand_ins_text)"
     row wifi "$(kept wifi hotspot)"
 }
 

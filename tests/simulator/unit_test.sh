@@ -227,6 +227,24 @@ test_stand_ins()
     check 'the call is recorded' "$(unit log | tail -n 1 | cut -d ' ' -f 2-)" poweroff
 }
 
+test_commands()
+{
+    unit command umount fail 1
+    unit command df hang 0.1
+    check 'a command that failed once' "$(stand_in umount x 2>&1 || true),$(stand_in umount x 2>&1 || true)" \
+        'umount: Input/output error,umount: x: no mount point specified.'
+    check 'a slow command still answers' "$(card_line 6)" /media/mmcblk1p1
+    unit command df missing
+    unit create
+    check 'a missing command' "$(test -e "$dir/usr/bin/df" || echo gone)" gone
+    unit command df nonsense
+    check 'nonsense' "$(stand_in df | grep -c /dev/mmcblk1p1)" 0
+    unit command df ok
+    check 'a sound command' "$(card_line 6)" /media/mmcblk1p1
+    refused 2 'a command that the unit does not have' --unit "$dir" command fly fail
+    refused 2 'an impossible number of times' --unit "$dir" command df fail 0
+}
+
 # poweroff ends the application of this folder, no other one's. A shell under its name plays it.
 test_poweroff()
 {
@@ -257,6 +275,7 @@ test_card
 test_late_mount
 test_devices
 test_stand_ins
+test_commands
 test_poweroff
 check 'nothing else in the working folder' "$(find "$work" -mindepth 1 -maxdepth 1 -printf '%f\n' | sort | tr '\n' ' ')" \
     'err other out tubix4 unit '
