@@ -2,7 +2,7 @@
 # The encoder board and what is wired to it. Part of the control tool `unit`, which sources it.
 
 # The register file, or where it waits while the board does not answer.
-board()
+register_file()
 {
     if [ -f "$state/i2c-4" ]; then
         printf '%s' "$state/i2c-4"
@@ -14,7 +14,7 @@ board()
 # registers: reads all fifteen into `register`.
 registers()
 {
-    read -r -a register < <(od -An -v -tu1 -w16 "$(board)")
+    read -r -a register < <(od -An -v -tu1 -w16 "$(register_file)")
 }
 
 # poke FIRST VALUE...: successive registers in one write.
@@ -25,7 +25,7 @@ poke()
     printf -v bytes '\\x%02x' "$@"
     # shellcheck disable=SC2059
     printf "$bytes" |
-        dd of="$(board)" bs=$# seek="$first" iflag=fullblock oflag=seek_bytes conv=notrunc status=none
+        dd of="$(register_file)" bs=$# seek="$first" iflag=fullblock oflag=seek_bytes conv=notrunc status=none
 }
 
 length()
@@ -59,7 +59,7 @@ drive()
     trap 'exit 0' INT TERM
     # File 9 never has anything to read: a wait without a process. File 8 stays the board, lost or not.
     exec 9<> <(:)
-    exec 8<>"$(board)"
+    exec 8<>"$(register_file)"
     while true; do
         read -r -t 0.1 -u 9 || true
         [ -d "$state" ] || fail "$root is gone"
@@ -136,16 +136,12 @@ battery()
     20) charge 720 ;;
     low) charge 655 ;;
     empty) charge 600 ;;
-    ok) answer && charge 880 ;;
+    ok) board_back && charge 880 ;;
     warm) temperature 150 ;;
     hot) temperature 60 ;;
     supply) supply 1 ;;
-    lost)
-        [ -f "$state/i2c-4" ] || mv "$root/dev/i2c-4" "$state/i2c-4"
-        return
-        ;;
-    back)
-        answer
+    lost | back)
+        "board_$1"
         return
         ;;
     *)
@@ -157,9 +153,67 @@ battery()
     [ "$1" = supply ] || supply 0
 }
 
-answer()
+board_lost()
 {
-    [ ! -f "$state/i2c-4" ] || mv "$state/i2c-4" "$root/dev/i2c-4"
+    [ -f "$state/i2c-4" ] || mv "$root/dev/i2c-4" "$state/i2c-4"
+    rm -f "$root/dev/i2c-4"
+}
+
+# The board answers again, with what it means.
+board_back()
+{
+    local number value
+    [ ! -f "$state/i2c-4" ] || mv -f "$state/i2c-4" "$root/dev/i2c-4"
+    registers
+    for number in {0..14}; do
+        value=$(kept "board_nonsense_$number" '')
+        [ "${value% *}" != "${register[number]}" ] || poke "$number" "${value#* }"
+        rm -f "$state/board_nonsense_$number"
+    done
+}
+
+# One access fails: a pipe in the board's place is opened like a bus device and answers nothing. Whoever opens it
+# lets the writer go on, who puts the board back.
+board_skip()
+{
+    [ -f "$root/dev/i2c-4" ] || fail 'the board does not answer as it is'
+    mkfifo "$state/i2c-4.skip"
+    ln "$root/dev/i2c-4" "$state/i2c-4"
+    mv -f "$state/i2c-4.skip" "$root/dev/i2c-4"
+    {
+        # shellcheck disable=SC2016
+        timeout 10 bash -c ': >"$1"' - "$root/dev/i2c-4" || true
+        [ ! -p "$root/dev/i2c-4" ] || mv -f "$state/i2c-4" "$root/dev/i2c-4"
+    } </dev/null >/dev/null 2>&1 &
+}
+
+# board_nonsense REGISTER VALUE: until somebody writes it, or the board is back.
+board_nonsense()
+{
+    local register before
+    [[ $1 =~ ^[0-9]{1,2}$ && $((10#$1)) -le 14 ]] || misused "board: '$1' is no register; 0 to 14"
+    [[ $2 =~ ^[0-9]{1,3}$ && $((10#$2)) -le 255 ]] || misused "board: '$2' is no register's value; 0 to 255"
+    registers
+    before=$(kept "board_nonsense_$((10#$1))" "0 ${register[10#$1]}")
+    keep "board_nonsense_$((10#$1))" "$((10#$2)) ${before#* }"
+    poke "$((10#$1))" "$((10#$2))"
+}
+
+encoder_board()
+{
+    case ${1:-} in
+    nonsense)
+        expect 3 "$@"
+        board_nonsense "$2" "$3"
+        ;;
+    *)
+        expect 1 "$@"
+        case $1 in
+        lost | back | skip) "board_$1" ;;
+        *) misused "board: unknown value '$1'; lost, back, skip, nonsense" ;;
+        esac
+        ;;
+    esac
 }
 
 head_attached()

@@ -20,12 +20,32 @@ extcon()
 
 usb()
 {
-    expect 1 "$@"
+    [ "${1:-}" = move ] || expect 1 "$@"
     case $1 in
     attach) extcon 1 ;;
     detach) extcon 0 ;;
-    *) misused "usb: unknown value '$1'; attach, detach" ;;
+    move)
+        expect 2 "$@"
+        usb_move "$2"
+        ;;
+    *) misused "usb: unknown value '$1'; attach, detach, move" ;;
     esac
+}
+
+usb_is_attached()
+{
+    [ "$(tr -d '\n' <"$root/$extcon_file" | tail -c 1)" != 0 ]
+}
+
+# usb_move FOLDER: the computer takes a folder of the card for itself, and finds room for a second one of that name.
+usb_move()
+{
+    local folder
+    folder=$(card_folder)
+    usb_is_attached || fail 'no computer at the USB port; usb attach connects one'
+    [[ /$1/ != */../* && -d $folder/$1 ]] && [ -n "${1//[.\/]/}" ] || fail "no folder '$1' on the card"
+    mkdir -p "$state/computer/$(dirname "$1")"
+    mv --backup=numbered -T "$folder/$1" "$state/computer/$1"
 }
 
 # What the pipe camera finds in its files: the delay counts at the next start of a pipeline, and so does the size.

@@ -1,6 +1,14 @@
 # shellcheck shell=bash
 # What there is to see of a unit. Part of the control tool `unit`, which sources it.
 
+nonsense_text()
+{
+    local number
+    for number in {0..14}; do
+        [ ! -f "$state/board_nonsense_$number" ] || printf ', register %d is nonsense' "$number"
+    done
+}
+
 battery_text()
 {
     local reading=$((register[2] * 256 + register[3])) warmth=$((register[11] * 256 + register[12])) grade
@@ -72,12 +80,12 @@ show_status()
     expect 0 "$@"
     local register usb_text=detached board_text=answering offered
     registers
-    [ "$(tr -d '\n' <"$root/$extcon_file" | tail -c 1)" = 0 ] || usb_text=attached
-    [ ! -f "$state/i2c-4" ] || board_text='not answering'
+    ! usb_is_attached || usb_text=attached
+    [ -f "$root/dev/i2c-4" ] || board_text='not answering'
     offered=$(kept mass_storage '')
     row unit "$root"
     row application "$(application_text)"
-    row board "$board_text, firmware $(printf '0x%x' "${register[1]}")"
+    row board "$board_text, firmware $(printf '0x%x' "${register[1]}")$(nonsense_text)"
     row cable "$(length $((register[4] * 256 + register[5]))) m, algorithm ${register[6]}"
     row battery "$(battery_text)"
     row head "$(head_text)"
