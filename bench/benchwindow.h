@@ -3,9 +3,7 @@
 
 #include "testunit.h"
 
-#include "app/appearance.h"
-#include "app/debounce.h"
-#include "app/mainwindow.h"
+#include "app/unitapplication.h"
 #include "media/gst_videoinput.h"
 
 #include <QCoreApplication>
@@ -20,13 +18,8 @@ class BenchWindow
 public:
     BenchWindow(int &argc, char **argv)
     {
-        fixPixels();
-        m_application = std::make_unique<debounce>(argc, argv);
-        fixLook();
-        m_application->init();
-        m_window = std::make_unique<MainWindow>();
-        m_window->init();
-        showOnDesk(*m_window);
+        m_application = std::make_unique<UnitApplication>(argc, argv);
+        m_running = std::make_unique<RunningUnit>(*m_application);
         while (!g_InputFrameReady)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
@@ -35,18 +28,16 @@ public:
     void standStill()
     {
         gst_EndVideoInputPipeline();
-        for (QTimer *timer : m_window->findChildren<QTimer *>())
+        for (QTimer *timer : m_running->window.findChildren<QTimer *>())
             timer->stop();
         QCoreApplication::processEvents();
     }
 
-    ~BenchWindow() { gst_EndVideoInputPipeline(); }
-
-    MainWindow &operator*() const { return *m_window; }
-    MainWindow *operator->() const { return m_window.get(); }
+    MainWindow &operator*() const { return m_running->window; }
+    MainWindow *operator->() const { return &m_running->window; }
 
 private:
     TestUnit m_unit;
-    std::unique_ptr<debounce> m_application;
-    std::unique_ptr<MainWindow> m_window;
+    std::unique_ptr<UnitApplication> m_application;
+    std::unique_ptr<RunningUnit> m_running;
 };

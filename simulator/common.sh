@@ -64,6 +64,7 @@ card_unmount()
     /bin/mv "$card" "$card_aside"
     [ ! -d "$state/mount_point" ] || /bin/mv -T "$state/mount_point" "$card"
     /bin/mkdir -p "$card"
+    tell_mounts
 }
 
 # What was written to the bare mount point meanwhile is hidden until the card goes.
@@ -72,6 +73,15 @@ card_mount()
     until /bin/mv -T "$card_aside" "$card" 2>/dev/null; do
         [ -d "$card_aside" ] && /bin/mv -T "$card" "$state/mount_point" || return 1
     done
+    tell_mounts
+}
+
+# The system's table of mounts.
+tell_mounts()
+{
+    set -- '/dev/root / ext4 rw,relatime 0 0' 'tmpfs /run tmpfs rw,nosuid,nodev 0 0'
+    ! card_is_mounted || set -- "$@" '/dev/mmcblk1p1 /media/mmcblk1p1 vfat rw,relatime 0 0'
+    printf '%s\n' "$@" >"$root/proc/mounts.new" && /bin/mv -f "$root/proc/mounts.new" "$root/proc/mounts"
 }
 
 # card_usage FOLDER: sets used, available and percent (kilobytes, as df prints them).

@@ -22,13 +22,14 @@ create()
 create_folders()
 {
     local folder
-    for folder in dev etc home/root/tubix4_app/damagecatelog media run tmp usr/bin usr/lib/simulator var/log; do
+    for folder in dev etc home/root/tubix4_app/damagecatelog media proc run tmp usr/bin usr/lib/simulator var/log; do
         mkdir -p "$root/$folder"
     done
     for folder in "$decoder_file" "$extcon_file" "$lcd_file" "$led_file"; do
         mkdir -p "$root/$(dirname "$folder")"
     done
     mkdir -p "$card"
+    tell_mounts
 }
 
 # The stand-ins are always brought up to date. tar, openssl and ffmpeg are the real ones, behind a record.

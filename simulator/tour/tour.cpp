@@ -2,10 +2,7 @@
 #include "hand.h"
 #include "route.h"
 
-#include "app/appearance.h"
-#include "app/debounce.h"
-#include "app/mainwindow.h"
-#include "media/gst_videoinput.h"
+#include "app/unitapplication.h"
 #include "platform/unit.h"
 
 #include <QDir>
@@ -30,23 +27,15 @@ int main(int argc, char **argv)
     const QString folder = QDir(QString::fromLocal8Bit(argv[2])).absolutePath();
     const QString pictures = QString::fromLocal8Bit(argv[3]);
     unit::setRoot(folder);
-    fixPixels();
-    debounce app(argc, argv);
-    fixLook();
-    app.init();
-    MainWindow window;
-    QObject::connect(&window, &MainWindow::initShutdownTimer, &app, &debounce::onInitAutoShutdownTimer);
-    QObject::connect(&window, &MainWindow::resetAutoShutdownTimer, &app, &debounce::onresetAutoShutdownTimer);
-    window.init();
-    showOnDesk(window);
+    UnitApplication app(argc, argv);
+    RunningUnit running(app);
     const std::unique_ptr<QThread> script(QThread::create([&] {
-        Hand hand(window, tool, folder, pictures);
+        Hand hand(running.window, tool, folder, pictures);
         goThroughTheScreens(hand);
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }));
     script->start();
     const int status = app.exec();
     script->wait();
-    gst_EndVideoInputPipeline();
     return status;
 }

@@ -44,27 +44,27 @@ void MainWindow::enterCaptureModeChange()
     ChangeMainState(eStateLive);
 }
 
+// While a film runs the touch ends it, also on a full card.
 void MainWindow::on_btn_menu_Capture_clicked()
 {
-    if (isDiskFull()) {
+    constexpr eEventLogOperation operation = eEventImageCapture;
+    if (m_film != Film::None)
+        route(operation, "Capture button clicked - stop movie", eStateLiveTerminateSavingMovie);
+    else if (isDiskFull() && SDCardInfo.inserted)
         tellCardFullInLiveView();
-    } else if (m_pParams->getParams().CaptureMode == eStillImageCapture) {
-        UpdateEventLog(eEventImageCapture, QStringLiteral("Capture button clicked - save still"));
-        ChangeMainState(eStateLiveSavingStill);
-    } else if (g_MainState == eStateLive) {
-        UpdateEventLog(eEventImageCapture, QStringLiteral("Capture button clicked - start movie"));
-        ChangeMainState(eStateLiveSavingMovieQueued);
-    } else {
-        UpdateEventLog(eEventImageCapture, QStringLiteral("Capture button clicked - stop movie"));
-        ChangeMainState(eStateLiveTerminateSavingMovie);
-    }
+    else if (m_pParams->getParams().CaptureMode == eStillImageCapture)
+        route(operation, "Capture button clicked - save still", eStateLiveSavingStill);
+    else if (g_MainState == eStateLive)
+        route(operation, "Capture button clicked - start movie", eStateLiveSavingMovieQueued);
+    else
+        route(operation, "Capture button clicked - stop movie", eStateLiveTerminateSavingMovie);
 }
 
 void MainWindow::tellCardFullInLiveView()
 {
     gst_SendVideoInputPipelineEOS(true);
     confirm("confirmation_disk_full.png");
-    gst_VideoInputPipeline(0);
+    buildLivePicture();
     showLivePicture();
 }
 
@@ -149,12 +149,13 @@ void MainWindow::on_btn_menu_ThumbnailVideoPlayPause_clicked()
     }
 }
 
+// A note that is being recorded ends, also on a full card: its end tells of the card.
 void MainWindow::on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked()
 {
     if (g_FileListing[size_t(g_selectedItemFileIndex)].annotated)
         playOrPauseNote();
-    else if (isDiskFull())
-        confirm("confirmation_disk_full.png");
+    else if (g_MainState != eStatePlaybackSnapshotRecordingAudio && isDiskFull())
+        tellCardTakesNothing();
     else
         startOrStopNote();
 }
@@ -197,40 +198,25 @@ void MainWindow::startOrStopNote()
     }
 }
 
-// Resuming a film, and colour and saving in the editor, ignore Back: another button leaves them.
 void MainWindow::ProcessBackRequest()
 {
-    switch (g_MainState) {
-    case eStatePlaybackThumbnailsSelectable:
-    case eStatePlaybackNothingSaved:
+    switch (factsOf(g_MainState).back) {
+    case Back::Nowhere:
+        break;
+    case Back::LiveView:
         leaveBrowser();
         break;
-    case eStatePlaybackPreviousSelectedThumbnail:
-    case eStatePlaybackNextSelectedThumbnail:
-    case eStatePlaybackSnapshot:
-    case eStatePlaybackRenameFile:
-    case eStateFileDeleteImage:
-    case eStateFileDeleteAudio:
+    case Back::Thumbnails:
         ChangeMainState(eStatePlaybackThumbnailsSelectable);
         break;
-    case eStatePlaybackSnapshotAudioQueued:
-    case eStatePlaybackSnapshotAudioPlaying:
-    case eStatePlaybackSnapshotAudioPaused:
+    case Back::LeaveNote:
         leaveNote();
         break;
-    case eStatePlaybackMovieQueued:
-    case eStatePlaybackMoviePlaying:
-    case eStatePlaybackMoviePaused:
+    case Back::LeaveFilm:
         leaveFilm();
         break;
-    case eStatePlaybackEditImage:
-    case eStatePlaybackEditAddCircle:
-    case eStatePlaybackEditAddArrow:
-    case eStatePlaybackEditAddText:
-    case eStatePlaybackEditDeleteItem:
+    case Back::LeaveEditor:
         leaveEditor();
-        break;
-    default:
         break;
     }
 }

@@ -10,29 +10,15 @@
 #include "platform/servicemanager.h"
 #include "settings/params.h"
 #include "storage/eventlog.h"
-#include "storage/sdcard.h"
 
 #include <QTimer>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
 constexpr qint8 kBrightestStep = 10;
-
-bool drawsLiveFrames(eMainStates state)
-{
-    switch (state) {
-    case eStateLive:
-    case eStateCaptureModeChange:
-    case eStateLiveSavingStill:
-    case eStateLiveSavingMovieQueued:
-    case eStateLiveSavingMovie:
-        return true;
-    default:
-        return false;
-    }
-}
 
 // The value for the brightness file. The mini module has its own row; an unknown head stays dark.
 qint8 brightness(const _GlobalSystemSettings &settings)
@@ -51,15 +37,26 @@ qint8 brightness(const _GlobalSystemSettings &settings)
 
 } // namespace
 
+void MainWindow::buildLivePicture()
+{
+    const QByteArray damage = ui->lbl_DamageCatelogText->text().toUtf8();
+    gst_BeginWithDamageText(damage.constData(), int(damage.size())); // a stream carries it, too
+    gst_VideoInputPipeline(0);
+    showNoPicture();
+}
+
 void MainWindow::showLivePicture()
 {
     // A fresh pipeline shows the whole frame: the picture has to agree with the figure in the top bar.
     if (const quint8 level = m_pParams->getParams().ZoomLevel; level > 0)
         gst_SetZoomLevel(level);
-    if (displayDraws(boardElements()))
-        return; // the overlay plane shows the picture; the label stays as the screen has it
+    if (displayDraws(boardElements())) {
+        m_hasPicture = true; // the overlay plane shows it as it comes
+        showScreen();
+        return;
+    }
     ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
-    ui->labelInputVideo->show();
+    showNoPicture();
     if (!m_isReady) {
         connect(ui->labelInputVideo, &PictureLabel::framePainted, this, &MainWindow::announceReady,
                 Qt::UniqueConnection);
@@ -80,50 +77,68 @@ void MainWindow::announceReady()
 
 void MainWindow::doNextFrame()
 {
+    ++nFrame;
     if (g_gst_VideoPipelineMode == eGSTStateError) {
-        ChangeMainState(eStateVideoInputPipelineFailure);
+        announce(UnitEvent::CameraLost);
         return;
     }
-    if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError) {
-        ChangeMainState(eStateLiveTerminateSavingMovie);
-        return;
-    }
-    if (drawsLiveFrames(g_MainState))
-        drawLiveFrame();
-    switch (g_MainState) {
-    case eStateLiveSavingMovie:
+    if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError)
+        announce(UnitEvent::FilmEnds);
+    switch (factsOf(g_MainState).frame) {
+    case FrameJob::None:
+        break;
+    case FrameJob::Live:
+        followPicture();
+        break;
+    case FrameJob::AwaitStill:
+        followPicture();
+        awaitStill();
+        break;
+    case FrameJob::AwaitFilm:
+        awaitFilm();
+        break;
+    case FrameJob::Recording:
+        followPicture();
         followRecording();
         break;
-    case eStatePlaybackSnapshotAudioPlaying:
+    case FrameJob::PlayNote:
         followNote();
         break;
-    case eStatePlaybackMoviePlaying:
-    case eStatePlaybackMovieResumePlaying:
+    case FrameJob::PlayFilm:
         followFilm();
         break;
-    default:
-        break;
     }
-    ++nFrame;
 }
 
-void MainWindow::drawLiveFrame()
+// Only a frame of this moment stands for the camera's picture: not that of a film that was looked at, nor the
+// one in which a camera froze.
+void MainWindow::followPicture()
 {
-    if (!g_InputFrameReady)
+    if (!gst_PictureIsCurrent()) {
+        if (m_hasPicture)
+            showNoPicture();
         return;
+    }
     tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
     ui->labelInputVideo->showFrame(tmpQimage, zoom::liveCrop(m_pParams->getParams().ZoomLevel));
+    if (!std::exchange(m_hasPicture, true))
+        showScreen();
+}
+
+void MainWindow::showNoPicture()
+{
+    m_hasPicture = false;
+    QPixmap black(kFrameWidth, kFrameHeight);
+    black.fill(Qt::black);
+    ui->labelInputVideo->setPixmap(black);
+    showScreen();
 }
 
 void MainWindow::enterVideoInputPipelineFailure()
 {
     imageTimer->stop();
     ui->labelInputVideo->setPixmap(QPixmap(graphic("critical_system_error_bg.png")));
-    ui->labelInputVideo->show();
-    showCardButtons(SDCardInfo.inserted, eStateVideoInputPipelineFailure);
-    ui->btn_tools_Reset_Meter_Counter->setEnabled(false);
     ui->lbl_CurrentFilenameandPath->clear();
-    ui->lbl_DamageCatelogText->hide();
 }
 
 void MainWindow::on_btn_menu_zoom_plus_clicked()

@@ -1,12 +1,8 @@
 // Process entry: options, application object, window, event loop.
-#include "app/appearance.h"
-#include "app/debounce.h"
-#include "app/mainwindow.h"
 #include "app/terminationsignals.h"
+#include "app/unitapplication.h"
 
-#include "media/gst_videoinput.h"
 #include "platform/runlock.h"
-#include "platform/servicemanager.h"
 #include "platform/unit.h"
 
 #include <QDir>
@@ -52,27 +48,6 @@ int refuse(const QByteArray &wrong)
     return kWrongUse;
 }
 
-int run(debounce &app)
-{
-    app.init();
-    MainWindow window;
-    QObject::connect(&app, &debounce::ProcessSystemShutdown, &window, &MainWindow::onProcessSystemShutdown);
-    QObject::connect(&window, &MainWindow::initShutdownTimer, &app, &debounce::onInitAutoShutdownTimer);
-    QObject::connect(&window, &MainWindow::resetAutoShutdownTimer, &app, &debounce::onresetAutoShutdownTimer);
-    window.init();
-    if (unit::isReal())
-        window.show();
-    else
-        showOnDesk(window);
-    const servicemanager::Watchdog watchdog([] {
-        return servicemanager::Frames{gst_FramesAreExpected(), nBuffers};
-    });
-    const int status = app.exec();
-    servicemanager::tellStopping();
-    gst_EndVideoInputPipeline(); // whatever ends the loop, a film is closed in order
-    return status;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -98,12 +73,11 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "tubix4: another tubix4 runs on this unit\n");
         return 1;
     }
-    fixPixels();
-    debounce app(argc, argv);
-    fixLook();
+    UnitApplication app(argc, argv);
     if (const Options left = parse(argc, argv, false); !left.wrong.isEmpty())
         return refuse(left.wrong);
     TerminationSignals termination;
     QObject::connect(&termination, &TerminationSignals::received, &app, &QCoreApplication::quit);
-    return run(app);
+    const RunningUnit running(app);
+    return app.exec();
 }

@@ -1,125 +1,43 @@
-// The one table of states, and the two functions that walk it.
-#include "app/mainstatemachine.h"
-
+// The walk through the states of core/states.h, and the one place that shows and hides what is on the screen.
 #include "app/mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include "core/screens.h"
+#include "media/boardelements.h"
+#include "media/gst_videoinput.h"
+#include "settings/params.h"
+#include "storage/dcim.h"
 
 #include <QLoggingCategory>
 #include <QScopedValueRollback>
-
-#include <iterator>
+#include <QTimer>
 
 namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.app.state")
 
+// The exit button lies in the corner that the top bar covers; on the tools page the bar stands beside it.
+constexpr int kTopBarX = 80;
+constexpr int kTopBarXBesideExit = 80 - 32;
+
 } // namespace
 
-// In enumeration order. Without an action the state only marks a mode, and whoever sets it does the work.
-struct MainStateTable
-{
-    struct Row
-    {
-        eMainStates state;
-        const char *name;
-        void (MainWindow::*enter)();
-    };
-    static constexpr Row rows[] = {
-        {eStateLive, "eStateLive", nullptr},
-        {eStateLiveZoomLevelIncrease, "eStateLiveZoomLevelIncrease", nullptr},
-        {eStateLiveZoomLevelDecrease, "eStateLiveZoomLevelDecrease", nullptr},
-        {eStateLiveLEDIncrease, "eStateLiveLEDIncrease", nullptr},
-        {eStateLiveLEDDecrease, "eStateLiveLEDDecrease", nullptr},
-        {eStateLiveDamageCatelog, "eStateLiveDamageCatelog", nullptr},
-        {eStateCaptureModeChange, "eStateCaptureModeChange", &MainWindow::enterCaptureModeChange},
-        {eStateLiveSavingStill, "eStateLiveSavingStill", &MainWindow::enterLiveSavingStill},
-        {eStateLiveSavingMovieQueued, "eStateLiveSavingMovieQueued", &MainWindow::enterLiveSavingMovieQueued},
-        {eStateLiveSavingMovie, "eStateLiveSavingMovie", &MainWindow::enterLiveSavingMovie},
-        {eStateCaptureWindowEntry, "eStateCaptureWindowEntry", &MainWindow::enterCaptureWindowEntry},
-        {eStateCaptureWindowExit, "eStateCaptureWindowExit", &MainWindow::enterCaptureWindowExit},
-        {eStateEditorCaptureWindowEntry, "eStateEditorCaptureWindowEntry", nullptr},
-        {eStateEditorCaptureWindowExit, "eStateEditorCaptureWindowExit", nullptr},
-        {eStateLiveTerminateSavingMovie, "eStateLiveTerminateSavingMovie",
-         &MainWindow::enterLiveTerminateSavingMovie},
-        {eStateEnterPlaybackThumbnails, "eStateEnterPlaybackThumbnails",
-         &MainWindow::enterEnterPlaybackThumbnails},
-        {eStatePlaybackThumbnailsPreviousPage, "eStatePlaybackThumbnailsPreviousPage",
-         &MainWindow::enterPlaybackThumbnailsPreviousPage},
-        {eStatePlaybackThumbnailsNextPage, "eStatePlaybackThumbnailsNextPage",
-         &MainWindow::enterPlaybackThumbnailsNextPage},
-        {eStatePlaybackThumbnailsSelectable, "eStatePlaybackThumbnailsSelectable",
-         &MainWindow::enterPlaybackThumbnailsSelectable},
-        {eStatePlaybackPreviousSelectedThumbnail, "eStatePlaybackPreviousSelectedThumbnail",
-         &MainWindow::enterPlaybackPreviousSelectedThumbnail},
-        {eStatePlaybackNextSelectedThumbnail, "eStatePlaybackNextSelectedThumbnail",
-         &MainWindow::enterPlaybackNextSelectedThumbnail},
-        {eStatePlaybackNothingSaved, "eStatePlaybackNothingSaved", &MainWindow::enterPlaybackNothingSaved},
-        {eStatePlaybackSnapshot, "eStatePlaybackSnapshot", nullptr},
-        {eStatePlaybackEditImage, "eStatePlaybackEditImage", &MainWindow::enterPlaybackEditImage},
-        {eStatePlaybackEditAddCircle, "eStatePlaybackEditAddCircle", &MainWindow::enterPlaybackEditAddCircle},
-        {eStatePlaybackEditAddArrow, "eStatePlaybackEditAddArrow", &MainWindow::enterPlaybackEditAddArrow},
-        {eStatePlaybackEditAddText, "eStatePlaybackEditAddText", &MainWindow::enterPlaybackEditAddText},
-        {eStatePlaybackEditColor, "eStatePlaybackEditColor", &MainWindow::enterPlaybackEditColor},
-        {eStatePlaybackEditSaveImage, "eStatePlaybackEditSaveImage", &MainWindow::enterPlaybackEditSaveImage},
-        {eStatePlaybackEditSaveImageExit, "eStatePlaybackEditSaveImageExit",
-         &MainWindow::enterPlaybackEditSaveImageExit},
-        {eStatePlaybackEditDeleteItem, "eStatePlaybackEditDeleteItem",
-         &MainWindow::enterPlaybackEditDeleteItem},
-        {eStateDamageCatelogEntry, "eStateDamageCatelogEntry", nullptr},
-        {eStateDamageCatelogConfirm, "eStateDamageCatelogConfirm", nullptr},
-        {eStateDamageCatelogCancel, "eStateDamageCatelogCancel", nullptr},
-        {eStatePlaybackSnapshotRecordingAudio, "eStatePlaybackSnapshotRecordingAudio",
-         &MainWindow::enterPlaybackSnapshotRecordingAudio},
-        {eStatePlaybackSnapshotTerminateRecordingAudio, "eStatePlaybackSnapshotTerminateRecordingAudio",
-         &MainWindow::enterPlaybackSnapshotTerminateRecordingAudio},
-        {eStatePlaybackSnapshotAudioQueued, "eStatePlaybackSnapshotAudioQueued",
-         &MainWindow::enterPlaybackSnapshotAudioQueued},
-        {eStatePlaybackSnapshotAudioPlaying, "eStatePlaybackSnapshotAudioPlaying",
-         &MainWindow::enterPlaybackSnapshotAudioPlaying},
-        {eStatePlaybackSnapshotAudioPaused, "eStatePlaybackSnapshotAudioPaused",
-         &MainWindow::enterPlaybackSnapshotAudioPaused},
-        {eStatePlaybackMovieQueued, "eStatePlaybackMovieQueued", &MainWindow::enterPlaybackMovieQueued},
-        {eStatePlaybackMoviePlaying, "eStatePlaybackMoviePlaying", &MainWindow::enterPlaybackMoviePlaying},
-        {eStatePlaybackMovieResumePlaying, "eStatePlaybackMovieResumePlaying",
-         &MainWindow::enterPlaybackMovieResumePlaying},
-        {eStatePlaybackMoviePaused, "eStatePlaybackMoviePaused", &MainWindow::enterPlaybackMoviePaused},
-        {eStatePlaybackRenameFile, "eStatePlaybackRenameFile", &MainWindow::enterPlaybackRenameFile},
-        {eStateVideoInputPipelineFailure, "eStateVideoInputPipelineFailure",
-         &MainWindow::enterVideoInputPipelineFailure},
-        {eStateUsbActive, "eStateUsbActive", &MainWindow::enterUsbActive},
-        {eStateUsbDisconnected, "eStateUsbDisconnected", &MainWindow::enterUsbDisconnected},
-        {eStateToolsMenu, "eStateToolsMenu", &MainWindow::enterToolsMenu},
-        {eStateToolsMenuExit, "eStateToolsMenuExit", &MainWindow::enterToolsMenuExit},
-        {eStateToolsSetDate, "eStateToolsSetDate", nullptr},
-        {eStateFirmwareUpdate, "eStateFirmwareUpdate", nullptr},
-        {eStateFileDeleteImage, "eStateFileDeleteImage", &MainWindow::enterFileDeleteImage},
-        {eStateFileDeleteAudio, "eStateFileDeleteAudio", &MainWindow::enterFileDeleteAudio},
-        {eStateSDCardInserted, "eStateSDCardInserted", &MainWindow::enterSDCardInserted},
-        {eStateSDCardRemoved, "eStateSDCardRemoved", &MainWindow::enterSDCardRemoved},
-        {eStateSDCardCorrupt, "eStateSDCardCorrupt", &MainWindow::enterSDCardCorrupt},
-        {eStateSentinel, "eStateSentinel", nullptr},
-    };
+// Declared in mainwindow.h beside the actions that it names.
+const MainWindow::EntryAction MainWindow::kEntryActions[] = {
+#define TUBIX_MARK(state, ...) nullptr,
+#define TUBIX_ENTER(state, action, ...) &MainWindow::action,
+    TUBIX_STATES(TUBIX_MARK, TUBIX_ENTER)
+#undef TUBIX_MARK
+#undef TUBIX_ENTER
 };
-
-static_assert(std::size(MainStateTable::rows) == eStates + 1);
-static_assert([] {
-    for (int i = 0; i <= eStates; ++i) {
-        if (MainStateTable::rows[i].state != i)
-            return false;
-    }
-    return true;
-}());
-
-const char *stateName(eMainStates state)
-{
-    return MainStateTable::rows[state].name;
-}
 
 void MainWindow::MainStateMachine()
 {
-    if (const auto enter = MainStateTable::rows[g_MainState].enter) {
+    if (const EntryAction enter = kEntryActions[g_MainState]) {
         const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
         (this->*enter)();
     }
+    showScreen();
 }
 
 void MainWindow::ChangeMainState(eMainStates next)
@@ -137,4 +55,52 @@ void MainWindow::restoreMainState(eMainStates state)
     qCDebug(log) << stateName(g_MainState) << "-> back to" << stateName(state);
     g_prevMainState = g_MainState;
     g_MainState = state;
+    showScreen();
+}
+
+ScreenKind MainWindow::screenNow() const
+{
+    if (m_batteryIsCritical)
+        return ScreenKind::Battery;
+    const ScreenKind screen = factsOf(g_MainState).screen;
+    return screen == ScreenKind::AsBefore ? m_screen : screen;
+}
+
+ScreenFacts MainWindow::screenFacts() const
+{
+    const _GlobalSystemSettings &settings = m_pParams->getParams();
+    ScreenFacts facts;
+    facts.screen = screenNow();
+    facts.state = g_MainState;
+    facts.hasCard = m_card == Card::Taken;
+    facts.guiDraws = !displayDraws(boardElements());
+    facts.isBusy = m_isBusy;
+    facts.hasPicture = m_hasPicture;
+    facts.page = g_SavedFSInfo.currThumbnailPage;
+    facts.pages = g_SavedFSInfo.NumberOfThumbnailPages;
+    const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
+    facts.isVideo = file.isVideo;
+    facts.isAnnotated = file.annotated;
+    facts.isReadable = m_selectedIsReadable;
+    facts.hasMicrophone = settings.bMicrophoneActive;
+    facts.goesOut = genericDelayTimer->isActive();
+    facts.hasMiniModule = settings.MiniModulePresent;
+    facts.isCatalogOpen = m_isCatalogOpen;
+    return facts;
+}
+
+void MainWindow::showScreen()
+{
+    const ScreenFacts facts = screenFacts();
+    for (const ScreenWidget &widget : m_screenWidgets) {
+        if (widget.rule->isVisible)
+            widget.widget->setVisible(widget.rule->isVisible(facts));
+        if (widget.rule->isEnabled)
+            widget.widget->setEnabled(widget.rule->isEnabled(facts));
+    }
+    ui->frm_TopBar->move(facts.screen == ScreenKind::Tools ? kTopBarXBesideExit : kTopBarX, 0);
+    ui->gv_MainView->setInteractive(g_MainState != eStatePlaybackEditSaveImage);
+    if (facts.screen != m_screen)
+        m_touches->screenChanged();
+    m_screen = facts.screen;
 }

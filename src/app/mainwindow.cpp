@@ -34,6 +34,8 @@ MainWindow::MainWindow(QWidget *parent)
 {
     ui->setupUi(this);
     setWindowState(Qt::WindowFullScreen); // after the form, whose size would end it
+    for (const WidgetRule &rule : widgetRules())
+        m_screenWidgets.push_back({findChild<QWidget *>(QString::fromLatin1(rule.widget)), &rule});
 }
 
 MainWindow::~MainWindow() = default;
@@ -54,16 +56,15 @@ void MainWindow::init()
     gst_EnableAudioRecording(settings.bMicrophoneActive);
     gst_SetNetworkStreamingIPAddress(settings.WIFIipAddr.toUtf8().constData());
 
-    hideWhatIsNotLive();
     createEditorScene();
     ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(settings.LEDIntensityStep));
     nFrame = 0;
     SDCardInfo.statechanged = 1;
-    showCardButtons(false, eStateLive);
     // Always the first entry, whatever step was stored.
     SetImagerLEDBrightness(settings.LEDIntensitySteps[0][0]);
 
     createTimers();
+    m_touches = new TouchGuard(this);
     connect(this, &MainWindow::BusyIndicator, this, &MainWindow::onBusyIndicator);
     emit initShutdownTimer();
     startMediaFramework();
@@ -78,18 +79,6 @@ void MainWindow::init()
     systemCheckTimer->start();
     ChangeMainState(eStateLive);
     showLivePicture();
-}
-
-void MainWindow::hideWhatIsNotLive()
-{
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_ToolsMenuButtons, ui->btn_menu_BackButton, ui->pb_PlaybackIndicator,
-             ui->frm_ThumbnailViewer, ui->frm_ThumbnailMenuButtons_left, ui->gv_MainView,
-             ui->frm_ThumbnailImageEditButtons, ui->frm_saving_information, ui->frm_VideoLengthIndicator,
-             ui->lbl_BusyIcon, ui->btn_tools_Select_Camera_Type, ui->lbl_menu_Camera_Type_lineOne,
-             ui->lbl_menu_Camera_Type_lineTwo, ui->pb_Waiting, ui->btn_tools_WiFI_Settings,
-             ui->lbl_menu_Wifi_Info, ui->btn_DamageCatelog})
-        widget->hide();
 }
 
 void MainWindow::createTimers()
@@ -142,20 +131,18 @@ void MainWindow::startGenericDelayTimer()
     genericDelayTimer->start();
 }
 
-// Ends the wait after a film, unless something else has taken the screen meanwhile.
 void MainWindow::genericDelayTimerExpired()
 {
-    switch (g_MainState) {
-    case eStatePlaybackMovieQueued:
-    case eStatePlaybackMoviePlaying:
-    case eStatePlaybackMoviePaused:
+    announce(UnitEvent::DelayOver);
+}
+
+// Unless something else has taken the screen meanwhile.
+void MainWindow::endDelay()
+{
+    if (factsOf(g_MainState).back == Back::LeaveFilm)
         ChangeMainState(eStatePlaybackThumbnailsSelectable);
-        break;
-    default:
+    else
         emit BusyIndicator(false);
-        ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
-        break;
-    }
 }
 
 void MainWindow::startPostGstreamerPlayTimer()
@@ -172,8 +159,7 @@ quint16 MainWindow::elapsedTimePostGstreamerPlayExpired() const
 
 void MainWindow::popUpExpired()
 {
-    ChangeMainState(g_MainState == eStateCaptureWindowEntry ? eStateCaptureWindowExit
-                                                            : eStatePlaybackEditSaveImageExit);
+    announce(UnitEvent::PopUpOver);
 }
 
 void MainWindow::shutdownTimerExpired()
@@ -183,7 +169,10 @@ void MainWindow::shutdownTimerExpired()
 
 void MainWindow::onBusyIndicator(bool on)
 {
-    ui->lbl_BusyIcon->setVisible(on);
+    m_isBusy = on;
+    showScreen();
+    if (!on)
+        m_touches->actionEnded();
     const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
     // Painted before the caller blocks; a touch waits until it is done.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);

@@ -2,9 +2,10 @@
 // decisions are plain functions elsewhere. GUI thread.
 #pragma once
 
-#include "app/cardevents.h"
-#include "app/mainstatemachine.h"
 #include "app/sleeper.h"
+#include "app/touchguard.h"
+#include "core/screens.h"
+#include "core/unitevents.h"
 #include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
 #include "system/messagelog.h"
@@ -16,6 +17,7 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 class QFileSystemWatcher;
 class QModelIndex;
@@ -60,6 +62,10 @@ public:
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
     eMainStates mainState() const { return g_MainState; }
+    ScreenFacts screenFacts() const; // what the screen shows now follows from these alone
+
+    // --- mw_recording.cpp ---
+    void closeOpenRecords(); // a film or note that is being written is closed, with its row; whatever ends us
 
 signals:
     void initShutdownTimer();
@@ -67,7 +73,6 @@ signals:
     void BusyIndicator(bool on);
     void ProcessSystemShutdown();
     void SDCardRemoved();
-    void RecordingEnds(); // before the film is closed, unless its card was pulled
 
 public slots:
     void onProcessSystemShutdown();               // mw_system.cpp
@@ -135,41 +140,46 @@ public slots:
     void on_btn_menu_UnmountMedia_clicked();
 
 private:
-    friend struct MainStateTable; // names the entry actions below
+    // The entry actions of the states, each in the file of its screen.
+#define TUBIX_MARK(...)
+#define TUBIX_ENTER(state, action, ...) void action();
+    TUBIX_STATES(TUBIX_MARK, TUBIX_ENTER)
+#undef TUBIX_MARK
+#undef TUBIX_ENTER
+    using EntryAction = void (MainWindow::*)();
+    static const EntryAction kEntryActions[]; // by state
 
     // --- mainwindow.cpp ---
-    void hideWhatIsNotLive();
     void createTimers();
     void startMediaFramework();
+    void endDelay(); // of the wait after a film
 
     // --- liveview.cpp: live picture, zoom, light ---
-    void showLivePicture(); // ends every way into live view and every rebuild of a live layout
-    void announceReady();   // tells once that the camera picture is on the screen
-    void drawLiveFrame();
+    void buildLivePicture(); // the pipeline of live view or stream; until its first frame no picture is shown
+    void showLivePicture();  // ends every way into live view and every rebuild of a live layout
+    void announceReady();    // tells once that the camera picture is on the screen
+    void followPicture();
+    void showNoPicture(); // black, with the busy sign, until a frame of the pipeline that runs has come
     void changeZoom(int step);
     void changeLight(int step);
     void SetImagerLEDBrightness(qint8 value);
-    void enterVideoInputPipelineFailure();
 
     // --- mw_system.cpp: the 200 ms check ---
     void showCableLength();
     void endDamageNote();
     void showBattery();
     void showCriticalBattery(const char *picture);
-    void enterUsbActive();
-    void enterUsbDisconnected();
-    void hideOtherScreens(); // all but live view, whatever was shown
     void shutDown();
-    void powerOff();
+    bool powerOff(); // false: the unit stays on
 
     // --- mw_events.cpp: card, USB host and power key, one event at a time ---
     void announce(UnitEvent event); // takes it now, or as soon as no action and no question is on the stack
     void takeEvents();
     void take(UnitEvent event);
-    void takeCardEvent(eMainStates state);
     void closeDialogs();
     bool usbHostIsAttached() const;
     void checkUsbHost();
+    void lookForMount(); // of a card that was told of, or that shows up
 
     // --- mw_messagelog.cpp: the kernel's messages ---
     void watchMessageLog();
@@ -178,34 +188,32 @@ private:
     void announceCard(const messagelog::Batch &batch);
 
     // --- mw_filesystem.cpp: card states, stills ---
-    void enterSDCardInserted();
-    void enterSDCardRemoved();
-    void enterSDCardCorrupt();
-    void showCardButtons(bool cardIsThere, eMainStates state);
-    void takeCard(eMainStates previous);
-    void offerUpgrade(eMainStates previous);
+    void takeCard();     // looks whether it is mounted; then it is ours
+    void useCard();      // its folders, its upgrade, and the host
+    void refreshFolder(); // the current folder gets what it lacks, and is listed
+    void offerUpgrade();
     void endCardEvent(eMainStates event, eMainStates previous);
-    void enterLiveSavingStill();
-    void enterCaptureWindowEntry();
-    void enterCaptureWindowExit();
+    void awaitStill();
     void savePicture();
     void logCapture(eLogFileOperation operation, const QString &name); // at the meter count
     void showCurrentFolder();
     bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
     void tellCardLost();
+    void tellCardTakesNothing(); // full, or cannot be written: the picture that fits
 
     // --- mw_recording.cpp: films ---
-    void enterLiveSavingMovieQueued();
-    void enterLiveSavingMovie();
-    void enterLiveTerminateSavingMovie();
-    void setRecordingButtonsEnabled(bool enabled);
     void startFilm();
+    void awaitFilm();     // its first picture, or the end of our patience
+    void noteFilmStart(); // from here on it is a film on the card
+    void endFilm();
+    void closeFilm(); // its end is on the card, and its row
+    void giveUpFilm();
+    void endRecordingWithoutCard();
+    void backToLiveView();
     void continueInNextFilm(); // the one that runs is as long as a card's file may be
     void followRecording();    // running time, size, and room on the card, at every frame
     void saveFilmThumbnail(const QString &name);
-    void repairFilms(); // those of the current folder whose writing was cut off
-    void showRecordingEnded();
-    void endRecordingWithoutCard();
+    void repairFilms();         // those of the current folder whose writing was cut off
     void followNetworkStream(); // switched off when the pipeline gave it up
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
@@ -213,78 +221,45 @@ private:
 
     // --- mw_editor.cpp: the picture editor ---
     void createEditorScene();
-    void enterPlaybackEditImage();
-    void enterPlaybackEditAddCircle();
-    void enterPlaybackEditAddArrow();
-    void enterPlaybackEditAddText();
-    void enterPlaybackEditColor();
-    void enterPlaybackEditDeleteItem();
-    void enterPlaybackEditSaveImage();
-    void enterPlaybackEditSaveImageExit();
     void showTool(int mode);       // an eMode: its button's picture active, the others not
-    void setEditing(bool enabled); // off while the pop-up of a save is shown
     bool saveEditedImage();        // false: nothing was written, the drawing stays
     void leaveEditor();            // asks for unsaved edits, then back to the file
     void closeEditor();            // at once, whatever is in it; nothing to do when it is not open
 
     // --- buttonrouting.cpp ---
     void route(eEventLogOperation operation, const char *text, eMainStates next); // log, then change
-    void enterCaptureModeChange();
     void tellCardFullInLiveView();
     void playOrPauseNote();
     void startOrStopNote();
     void ProcessBackRequest();
 
     // --- mw_browser.cpp: pages of thumbnails, the selected file ---
-    void enterEnterPlaybackThumbnails();
-    void enterPlaybackThumbnailsPreviousPage();
-    void enterPlaybackThumbnailsNextPage();
-    void enterPlaybackThumbnailsSelectable();
-    void enterPlaybackPreviousSelectedThumbnail();
-    void enterPlaybackNextSelectedThumbnail();
-    void enterPlaybackNothingSaved();
     void setUpThumbnailList();
     void turnPage(int step);
     void DisplayThumbnails();
     bool getThumbnailImage(const QString &path); // a film's first frame into tmpQimage; a unit path
     void selectNeighbour(int step, eEventLogOperation operation, const char *text);
     void displaySelectedThumbnail();
-    void showSelectedFileScreen();
     void displaySelectedFilm();
     void displaySelectedPicture();
     void placePicture(const QRect &place);
-    void hideFileButtons();
-    void showLiveTopBar(bool shown);
     void leaveBrowser();
 
     // --- mw_playback.cpp: films and voice notes ---
-    void enterPlaybackMovieQueued();
-    void enterPlaybackMoviePlaying();
-    void enterPlaybackMovieResumePlaying();
-    void enterPlaybackMoviePaused();
-    void enterPlaybackSnapshotAudioQueued();
-    void enterPlaybackSnapshotAudioPlaying();
-    void enterPlaybackSnapshotAudioPaused();
-    void setPlaybackButtonsEnabled(bool enabled);
     void stopPlayback(); // whatever plays; the card is offered to a USB host again
     void showProgress(int percent);
     void endProgress();
     void followFilm(); // at every frame
     void followNote();
+    void endPlayback(); // of what has come to its end, or failed
     void leaveFilm();
     void leaveNote();
 
     // --- mw_voicenote.cpp ---
-    void enterPlaybackSnapshotRecordingAudio();
-    void enterPlaybackSnapshotTerminateRecordingAudio();
-    void showNoteButtons();
-    void setNoteRecordingButtonsEnabled(bool enabled);
+    void showNoteButton();
     void endNoteRecording();
 
     // --- mw_files.cpp: deleting and renaming ---
-    void enterFileDeleteImage();
-    void enterFileDeleteAudio();
-    void enterPlaybackRenameFile();
     void logFileOperation(eLogFileOperation operation, const QString &file, const QString &text);
     void DeleteFile(bool deletePicture, bool deleteAudio);
     void RenameFile();
@@ -293,11 +268,10 @@ private:
 
     // --- mainstatemachine.cpp ---
     void restoreMainState(eMainStates state); // back to a state without running its action again
+    ScreenKind screenNow() const;
+    void showScreen(); // the only place that shows, hides, enables and disables what the rules name
 
     // --- toolsmenu.cpp: the tools page and its settings ---
-    void enterToolsMenu();
-    void enterToolsMenuExit();
-    void hideToolsPage();
     void chooseLivePipelineMode(); // live view or stream, for the next build
     void initToolsMenu();
     void UpdateMenuSystemInformation();
@@ -336,6 +310,31 @@ private:
     PendingEvents m_events;
     int m_actionDepth = 0; // entry actions, and events let through by them, on the stack
     messagelog::Batch m_logBatch;
+
+    // What the screen's rules ask for besides state, settings and listing.
+    struct ScreenWidget
+    {
+        QWidget *widget;
+        const WidgetRule *rule;
+    };
+    std::vector<ScreenWidget> m_screenWidgets;
+    TouchGuard *m_touches = nullptr; // child of the window
+    ScreenKind m_screen = ScreenKind::Live;  // the one that is shown
+    bool m_isBusy = false;
+    bool m_hasPicture = false;
+    bool m_selectedIsReadable = true;
+    bool m_isCatalogOpen = false;
+    bool m_batteryIsCritical = false;
+
+    // Gone: a mount that still shows is the one of the card that was pulled. Awaited: the next one is taken.
+    enum class Card { Gone, Awaited, Taken };
+    Card m_card = Card::Awaited;
+
+    // A film is one of the card from its first picture on.
+    enum class Film { None, Awaited, Runs };
+    Film m_film = Film::None;
+    QElapsedTimer m_awaitedSince; // a still's or a film's first picture
+
     bool m_isShuttingDown = false;
     bool m_isReady = false; // the line of announceReady() was printed
     Sleeper delay;

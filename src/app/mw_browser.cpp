@@ -55,10 +55,6 @@ void MainWindow::enterEnterPlaybackThumbnails()
     g_SavedFSInfo.currThumbnailPage = 1;
     g_SavedFSInfo.NumberOfThumbnailPages = qint16(pageCount(g_SavedFSInfo.nFilescurrRootDirectory));
     g_selectedItemFileIndex = 0;
-    for (QWidget *widget :
-         std::initializer_list<QWidget *>{ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
-                                          ui->gv_MainView, ui->lbl_DamageCatelogText})
-        widget->hide();
     if (g_SavedFSInfo.nFilescurrRootDirectory == 0) {
         ChangeMainState(eStatePlaybackNothingSaved);
         return;
@@ -113,20 +109,6 @@ void MainWindow::enterPlaybackThumbnailsSelectable()
 {
     genericDelayTimer->stop();
     imageTimer->stop();
-    ui->labelInputVideo->hide();
-    ui->pb_PlaybackIndicator->hide();
-    hideFileButtons();
-    showLiveTopBar(true);
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_ThumbnailViewer, ui->listW_ThumbnailViewer, ui->frm_ThumbnailMenuButtons_left,
-             ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage, ui->btn_menu_ThumbnailBack,
-             ui->lbl_CurrentFilenameandPath})
-        widget->show();
-    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
-    ui->btn_menu_ThumbnailBack->setEnabled(true);
-    ui->btn_menu_ThumbnailNextPage->setEnabled(g_SavedFSInfo.currThumbnailPage <
-                                               g_SavedFSInfo.NumberOfThumbnailPages);
-    ui->btn_menu_ThumbnailPreviousPage->setEnabled(g_SavedFSInfo.currThumbnailPage > 1);
     DisplayThumbnails();
     emit BusyIndicator(false);
 }
@@ -190,8 +172,9 @@ void MainWindow::displaySelectedThumbnail()
         ChangeMainState(eStatePlaybackNothingSaved);
         return;
     }
-    showSelectedFileScreen();
     stopPlayback();
+    ui->pb_PlaybackIndicator->setValue(0);
+    ui->btn_menu_ThumbnailNext->setIcon(graphicIcon("btn_next_thumbnail.png")); // the form has the page's
     const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
     g_SavedFSInfo.currSelectedFile = file.fileName;
     g_SavedFSInfo.currSelectedAudioFile = capturefiles::noteOf(file.fileName);
@@ -202,25 +185,6 @@ void MainWindow::displaySelectedThumbnail()
         displaySelectedFilm();
     else
         displaySelectedPicture();
-}
-
-void MainWindow::showSelectedFileScreen()
-{
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->listW_ThumbnailViewer, ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage,
-             ui->frm_ThumbnailViewer, ui->pb_PlaybackIndicator, ui->btn_menu_ThumbnailDeleteAudio,
-             ui->frm_VideoLengthIndicator})
-        widget->hide();
-    showLiveTopBar(false);
-    ui->pb_PlaybackIndicator->setValue(0);
-    ui->btn_menu_ThumbnailNext->setIcon(graphicIcon("btn_next_thumbnail.png")); // the form has the page's
-    for (QWidget *widget :
-         std::initializer_list<QWidget *>{ui->frm_ThumbnailMenuButtons_left, ui->labelInputVideo,
-                                          ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious,
-                                          ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailFileRename,
-                                          ui->btn_menu_ThumbnailEditImage, ui->lbl_CurrentFilenameandPath})
-        widget->show();
-    setPlaybackButtonsEnabled(true);
 }
 
 void MainWindow::placePicture(const QRect &place)
@@ -239,8 +203,6 @@ void MainWindow::displaySelectedFilm()
     placePicture(kFilmPlace);
     ui->labelInputVideo->setPixmap(QPixmap::fromImage(tmpQimage));
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
-    ui->btn_menu_ThumbnailVideoPlayPause->show();
-    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->hide();
     gst_QueueVideoFilePipeline();
     ChangeMainState(eStatePlaybackMovieQueued);
 }
@@ -249,31 +211,10 @@ void MainWindow::displaySelectedPicture()
 {
     placePicture(kPicturePlace);
     const QPixmap picture(hostPathInFolder(g_SavedFSInfo.currSelectedFile));
-    ui->labelInputVideo->setPixmap(picture.isNull() ? QPixmap(graphic("popup_image_error.png")) : picture);
-    ui->btn_menu_ThumbnailEditImage->setEnabled(!picture.isNull());
-    ui->btn_menu_ThumbnailVideoPlayPause->hide();
-    showNoteButtons();
+    m_selectedIsReadable = !picture.isNull();
+    ui->labelInputVideo->setPixmap(m_selectedIsReadable ? picture : QPixmap(graphic("popup_image_error.png")));
+    showNoteButton();
     ChangeMainState(eStatePlaybackSnapshot);
-}
-
-void MainWindow::hideFileButtons()
-{
-    for (QWidget *widget : {ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious,
-                            ui->btn_menu_ThumbnailVideoPlayPause, ui->btn_menu_ThumbnailDeleteImage,
-                            ui->btn_menu_ThumbnailAnnotateRecordPlayPause, ui->btn_menu_ThumbnailDeleteAudio,
-                            ui->btn_menu_ThumbnailEditImage, ui->btn_menu_ThumbnailFileRename})
-        widget->hide();
-}
-
-// What the top bar tells about live view gives way to the progress bar. The invisible button over the cable
-// length goes with it: nobody zeroes a meter that is not shown.
-void MainWindow::showLiveTopBar(bool shown)
-{
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->lbl_LEDLevel, ui->lbl_LEDLevelIndicator, ui->lbl_ZoomLevel, ui->lbl_ZoomLevelIndicator,
-             ui->lbl_WiFiIndicator, ui->lbl_BatteryIndicator, ui->lbl_CableLengthIndicator,
-             ui->lbl_CableLength, ui->btn_tools_Reset_Meter_Counter})
-        widget->setVisible(shown);
 }
 
 void MainWindow::enterPlaybackNothingSaved()
@@ -282,35 +223,19 @@ void MainWindow::enterPlaybackNothingSaved()
     imageTimer->stop();
     recordAudioTimer->stop();
     closeEditor();
-    hideFileButtons();
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_ThumbnailViewer, ui->btn_menu_ThumbnailPreviousPage, ui->btn_menu_ThumbnailNextPage,
-             ui->lbl_CurrentFilenameandPath, ui->pb_PlaybackIndicator, ui->frm_VideoLengthIndicator})
-        widget->hide();
     ui->pb_PlaybackIndicator->setValue(0);
     ui->lbl_CurrentFilenameandPath->clear();
     placePicture(kFilmPlace);
     ui->labelInputVideo->setPixmap(QPixmap(graphic("no_pictures_bg.png")));
-    ui->labelInputVideo->show();
-    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
-    ui->frm_ThumbnailMenuButtons_left->show();
-    ui->btn_menu_ThumbnailBack->setEnabled(true);
     emit BusyIndicator(false);
 }
 
 void MainWindow::leaveBrowser()
 {
     emit BusyIndicator(false);
-    for (QWidget *widget : {ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer})
-        widget->hide();
     placePicture(kFilmPlace);
-    ui->labelInputVideo->hide();
-    ui->frm_LiveMenuButtons_Left->show();
-    ui->btn_menu_Thumbnails->show();
-    showLiveTopBar(true);
-    ui->lbl_DamageCatelogText->show();
     showCurrentFolder();
     ChangeMainState(eStateLive);
-    gst_VideoInputPipeline(0);
+    buildLivePicture();
     showLivePicture();
 }

@@ -6,34 +6,24 @@
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
 #include "storage/eventlog.h"
-#include "storage/sdcard.h"
 
 void MainWindow::on_btn_DamageCatelog_clicked()
 {
-    const std::initializer_list<QWidget *> lightAndZoom = {ui->btn_menu_LED_plus, ui->btn_menu_LED_minus,
-                                                           ui->btn_menu_zoom_plus, ui->btn_menu_zoom_minus};
-    for (QWidget *button : lightAndZoom)
-        button->setEnabled(false);
-    ui->btn_menu_Capture->setEnabled(false);
-    ui->btn_menu_Thumbnails->setEnabled(false); // the end of the film enables it again
+    m_isCatalogOpen = true;
+    showScreen();
     ActivateMSDC(false);
 
     DamageCatelog catalog(this);
-    // The film may end under the open dialog: the card is pulled or full, or cannot be written.
     connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
-    connect(this, &MainWindow::RecordingEnds, &catalog, &DamageCatelog::abandon);
     catalog.init();
     catalog.exec();
     if (catalog.returnValue)
         noteDamage(catalog.returnDamageDescription);
 
-    for (QWidget *button : lightAndZoom)
-        button->setEnabled(true);
+    m_isCatalogOpen = false;
+    showScreen();
     // A host never gets the card while a film is written to it; the film's end offers it again.
-    const bool records = g_MainState == eStateLiveSavingMovie;
-    ui->btn_menu_Capture->setEnabled(records ||
-                                     (SDCardInfo.inserted && g_MainState != eStateVideoInputPipelineFailure));
-    if (!records)
+    if (m_film == Film::None)
         ActivateMSDC(true);
 }
 

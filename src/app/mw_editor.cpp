@@ -99,12 +99,7 @@ void MainWindow::on_btn_menu_ThumbnailImageEditSave_clicked()
 
 void MainWindow::enterPlaybackEditImage()
 {
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer, ui->lbl_CurrentFilenameandPath})
-        widget->hide();
     mainScene->setPicture(ui->labelInputVideo->shownPicture());
-    ui->gv_MainView->show();
-    ui->frm_ThumbnailImageEditButtons->show();
 }
 
 void MainWindow::showTool(int mode)
@@ -169,27 +164,17 @@ void MainWindow::enterPlaybackEditDeleteItem()
         m_pParams->getParams().bPictureEdited = false; // nothing is left that a question could be about
 }
 
-void MainWindow::setEditing(bool enabled)
-{
-    ui->frm_ThumbnailImageEditButtons->setEnabled(enabled);
-    ui->gv_MainView->setInteractive(enabled);
-    ui->frm_saving_information->setVisible(!enabled);
-}
-
 void MainWindow::enterPlaybackEditSaveImage()
 {
-    if (isDiskFull()) {
-        const eMainStates previous = g_prevMainState;
-        confirm("confirmation_disk_full.png");
-        if (g_MainState == eStatePlaybackEditSaveImage)
-            restoreMainState(previous);
+    if (isDiskFull() || !restoreCurrentFolder()) {
+        restoreMainState(g_prevMainState);
+        tellCardTakesNothing();
         return;
     }
     m_editedName = freeEditedName(g_SavedFSInfo.currSelectedFile, QTime::currentTime());
     ui->lbl_saving_filename->setText(m_editedName);
     ui->lbl_saving_thumbnail->setPixmap(QPixmap::fromImage(mainScene->rendered().scaled(
         ui->lbl_saving_thumbnail->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
-    setEditing(false);
     popUpTimer->start(kSavingShown);
 }
 
@@ -197,16 +182,13 @@ void MainWindow::enterPlaybackEditSaveImageExit()
 {
     if (ui->gv_MainView->isHidden()) {
         // The pop-up of a still, from which another screen has come in between.
-        ui->frm_saving_information->hide();
-        ui->frm_LiveMenuButtons_Left->setEnabled(true);
         restoreMainState(g_prevMainState);
         return;
     }
-    setEditing(true);
     if (!saveEditedImage()) {
-        confirm("confirmation_disk_full.png");
-        if (g_MainState == eStatePlaybackEditSaveImageExit)
-            restoreMainState(eStatePlaybackEditImage);
+        restoreMainState(eStatePlaybackEditImage);
+        isDiskFull(); // the figures for the picture that fits
+        tellCardTakesNothing();
         return;
     }
     m_pParams->getParams().bPictureEdited = false;
@@ -237,20 +219,14 @@ void MainWindow::leaveEditor()
 {
     bool &isEdited = m_pParams->getParams().bPictureEdited;
     if (std::exchange(isEdited, false)) {
-        const eMainStates asked = g_MainState;
         const bool wanted = confirm("confirmation_save_picture.png");
-        if (g_MainState != asked)
-            return; // the card went while the question stood, and the editor with it
-        if (wanted && (isDiskFull() || !saveEditedImage())) {
+        if (wanted && (isDiskFull() || !restoreCurrentFolder() || !saveEditedImage())) {
             isEdited = true;
-            confirm("confirmation_disk_full.png");
+            tellCardTakesNothing();
             return;
         }
     }
     closeEditor();
-    ui->frm_ThumbnailMenuButtons_left->show();
-    ui->labelInputVideo->show();
-    ui->lbl_CurrentFilenameandPath->show();
     if (g_SavedFSInfo.currSelectedFile.contains(QLatin1String(".avi")))
         ChangeMainState(eStatePlaybackMoviePaused);
     else
@@ -263,9 +239,6 @@ void MainWindow::closeEditor()
         return;
     popUpTimer->stop();
     m_editedName.clear();
-    setEditing(true);
-    ui->frm_ThumbnailImageEditButtons->hide();
-    ui->gv_MainView->hide();
     mainScene->clear();
     onClearPictureEditorButtons();
     m_pParams->getParams().bPictureEdited = false;

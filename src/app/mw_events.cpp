@@ -2,55 +2,30 @@
 #include "app/mainwindow.h"
 
 #include "hw/hardware.h"
+#include "media/gst_videoinput.h"
 #include "settings/params.h"
+#include "storage/sdcard.h"
 
 #include <QApplication>
 #include <QDialog>
+#include <QScopedValueRollback>
 #include <QTimer>
-
-namespace {
-
-// The dialogs of the tools page that need no card stay, and so does what an action on its way through asks or
-// tells; any other goes with the screen under it.
-bool closesDialogs(UnitEvent event, eMainStates state, bool actionIsAtWork)
-{
-    const bool passesThrough = actionIsAtWork && afterRemoval(state) == CardRemovalResult::Restore;
-    switch (event) {
-    case UnitEvent::Shutdown:
-        return true;
-    case UnitEvent::UsbChanged:
-        return !passesThrough;
-    case UnitEvent::CardRemoved:
-        return !passesThrough && screenOf(state) != ScreenKind::Tools;
-    default:
-        return false;
-    }
-}
-
-} // namespace
 
 void MainWindow::announce(UnitEvent event)
 {
     m_events.add(event);
-    if (event == UnitEvent::CardRemoved && QApplication::activeModalWidget())
-        emit SDCardRemoved(); // what works on the card closes now; the rest follows when it is gone
     takeEvents();
 }
 
 void MainWindow::takeEvents()
 {
     while (!m_events.isEmpty()) {
-        const UnitEvent event = m_events.first();
-        const bool wasQuestion = QApplication::activeModalWidget() != nullptr;
-        if (wasQuestion && closesDialogs(event, g_MainState, m_actionDepth > 0))
+        const bool isAsked = QApplication::activeModalWidget() != nullptr;
+        if (isAsked && closesDialogs(m_events.first(), m_screen, g_MainState, m_actionDepth > 0))
             closeDialogs();
-        // A dialog of the tools page has nothing of the card in its hands, and no action of a state below it.
-        const bool mayRunBelow =
-            event == UnitEvent::CardRemoved && screenOf(g_MainState) == ScreenKind::Tools;
-        if (m_actionDepth > 0 || (wasQuestion && !mayRunBelow))
+        if (isAsked || m_actionDepth > 0)
             return; // systemCheck() comes by again
-        m_events.removeFirst();
-        take(event);
+        take(m_events.takeFirst());
     }
 }
 
@@ -58,33 +33,50 @@ void MainWindow::take(UnitEvent event)
 {
     switch (event) {
     case UnitEvent::CardInserted:
-        takeCardEvent(eStateSDCardInserted);
+        ChangeMainState(eStateSDCardInserted);
         break;
+    case UnitEvent::CardMounted: {
+        const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
+        if (m_card != Card::Taken)
+            takeCard();
+        break;
+    }
     case UnitEvent::CardRemoved:
-        takeCardEvent(eStateSDCardRemoved);
+        ChangeMainState(eStateSDCardRemoved);
         break;
     case UnitEvent::CardCorrupt:
-        takeCardEvent(eStateSDCardCorrupt);
+        ChangeMainState(eStateSDCardCorrupt);
         break;
     case UnitEvent::UsbChanged:
         if (usbHostIsAttached() != (g_MainState == eStateUsbActive))
             ChangeMainState(g_MainState == eStateUsbActive ? eStateUsbDisconnected : eStateUsbActive);
         break;
+    case UnitEvent::CameraLost:
+        if (g_gst_VideoPipelineMode == eGSTStateError)
+            ChangeMainState(eStateVideoInputPipelineFailure);
+        break;
+    case UnitEvent::FilmEnds:
+        if (m_film != Film::None)
+            ChangeMainState(eStateLiveTerminateSavingMovie);
+        break;
+    case UnitEvent::NoteEnds:
+        if (g_MainState == eStatePlaybackSnapshotRecordingAudio)
+            ChangeMainState(eStatePlaybackSnapshotTerminateRecordingAudio);
+        break;
+    case UnitEvent::PlaybackOver:
+        endPlayback();
+        break;
+    case UnitEvent::PopUpOver:
+        ChangeMainState(g_MainState == eStateCaptureWindowEntry ? eStateCaptureWindowExit
+                                                                : eStatePlaybackEditSaveImageExit);
+        break;
+    case UnitEvent::DelayOver:
+        endDelay();
+        break;
     case UnitEvent::Shutdown:
         shutDown();
         break;
     }
-}
-
-// A pop-up that would end now finds a card's state instead of its own: it gets its time afterwards.
-void MainWindow::takeCardEvent(eMainStates state)
-{
-    const eMainStates previous = g_MainState;
-    const int popUpLeft = popUpTimer->isActive() ? popUpTimer->remainingTime() : -1;
-    popUpTimer->stop();
-    ChangeMainState(state);
-    if (popUpLeft >= 0 && g_MainState == previous)
-        popUpTimer->start(popUpLeft);
 }
 
 // The topmost first; each counts as cancelled.
@@ -103,8 +95,21 @@ bool MainWindow::usbHostIsAttached() const
     return m_pParams->getParams().MSDC_ModuleInstalled && USBHostDeviceAttached();
 }
 
+// While we work on the card no host is asked for: it does not get it.
 void MainWindow::checkUsbHost()
 {
-    if (usbHostIsAttached() != (g_MainState == eStateUsbActive))
+    if (factsOf(g_MainState).card == CardUse::Free &&
+        usbHostIsAttached() != (g_MainState == eStateUsbActive))
         announce(UnitEvent::UsbChanged);
+}
+
+void MainWindow::lookForMount()
+{
+    if (m_card == Card::Taken)
+        return;
+    const bool isMounted = mountTableShowsCard();
+    if (m_card == Card::Gone && !isMounted)
+        m_card = Card::Awaited;
+    if (m_card == Card::Awaited && isMounted)
+        announce(UnitEvent::CardMounted);
 }

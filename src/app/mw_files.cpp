@@ -24,16 +24,14 @@ void MainWindow::enterFileDeleteImage()
 {
     stopPlayback();
     DeleteFile(true, true);
-    if (g_MainState == eStateFileDeleteImage) // no card event came while the question stood
-        displaySelectedThumbnail();
+    displaySelectedThumbnail();
 }
 
 void MainWindow::enterFileDeleteAudio()
 {
     stopPlayback();
     DeleteFile(false, true);
-    if (g_MainState == eStateFileDeleteAudio)
-        displaySelectedThumbnail();
+    displaySelectedThumbnail();
 }
 
 void MainWindow::enterPlaybackRenameFile()
@@ -53,9 +51,7 @@ void MainWindow::DeleteFile(bool deletePicture, bool deleteAudio)
         qCDebug(log) << "No file delete arguments passed to funtion";
         return;
     }
-    const eMainStates asked = g_MainState;
-    if (!confirm(deletePicture ? "confirmation_trashcan_picture.png" : "confirmation_trashcan_audio.png") ||
-        g_MainState != asked)
+    if (!confirm(deletePicture ? "confirmation_trashcan_picture.png" : "confirmation_trashcan_audio.png"))
         return;
     const QString folder = g_SavedFSInfo.currRootDirectory;
     const QString file = g_SavedFSInfo.currSelectedFile;
@@ -85,10 +81,8 @@ void MainWindow::RenameFile()
     keyboardWidget keyboard(capturefiles::baseOf(file), kNameKeyboard, true, this);
     keyboard.init(this);
     keyboard.exec();
-    if (g_MainState == eStatePlaybackRenameFile) { // no card event came while the keyboard stood
-        renameSelected(capturefiles::usableName(keyboard.returnableText, capturefiles::extensionOf(file)));
-        displaySelectedThumbnail();
-    }
+    renameSelected(capturefiles::usableName(keyboard.returnableText, capturefiles::extensionOf(file)));
+    displaySelectedThumbnail();
     ActivateMSDC(true);
 }
 

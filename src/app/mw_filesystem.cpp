@@ -18,7 +18,8 @@
 
 namespace {
 
-constexpr int kCaptureShown = 1000; // ms
+constexpr int kCaptureShown = 1000;   // ms
+constexpr qint64 kLongestWait = 6000; // ms for the picture that a touch asked for
 
 } // namespace
 
@@ -38,48 +39,60 @@ void MainWindow::tellCardLost()
     box.exec();
 }
 
+// A card that is full, or one that cannot be written: whoever touched has to know that nothing was saved.
+void MainWindow::tellCardTakesNothing()
+{
+    if (SDCardInfo.inserted && SDCardInfo.avail < kLeastAvailable)
+        confirm("confirmation_disk_full.png");
+    else
+        confirm("confirmation_corrupt_sdcard.png");
+}
+
 void MainWindow::showCurrentFolder()
 {
     ui->lbl_CurrentFilenameandPath->setText(shownFolder(g_SavedFSInfo.currRootDirectory));
-    ui->lbl_CurrentFilenameandPath->show();
 }
 
-void MainWindow::showCardButtons(bool cardIsThere, eMainStates state)
-{
-    const CardButtons can = cardButtons(cardIsThere, state);
-    ui->btn_menu_Capture->setEnabled(can.capture);
-    ui->btn_menu_CaptureModeSelect->setEnabled(can.captureMode);
-    ui->btn_menu_Thumbnails->setEnabled(can.thumbnails);
-    for (QWidget *button :
-         {ui->btn_menu_FolderOptions, ui->btn_tools_Format_Media, ui->btn_menu_UnmountMedia})
-        button->setEnabled(can.toolsPage);
-}
-
+// The mount follows the kernel's message; one that takes longer is seen by lookForMount().
 void MainWindow::enterSDCardInserted()
 {
     const eMainStates previous = g_prevMainState;
-    showCardButtons(true, previous);
-    Sleeper::sleep(1); // the mount follows the kernel's message
-    updateMainMenuSDCardInfo();
-    if (!holdsCard(previous)) // else the kernel tells again what we know
-        takeCard(previous);
+    Sleeper::sleep(1);
+    if (factsOf(previous).card == CardUse::Free) // else the kernel tells again what we know
+        takeCard();
     endCardEvent(eStateSDCardInserted, previous);
 }
 
-void MainWindow::takeCard(eMainStates previous)
+void MainWindow::takeCard()
+{
+    updateMainMenuSDCardInfo();
+    m_card = SDCardInfo.inserted ? Card::Taken : Card::Awaited;
+    if (m_card == Card::Taken)
+        useCard();
+    showScreen();
+}
+
+void MainWindow::useCard()
 {
     CreateDCIMStructure(QString());
-    repairFilms();
-    ReadDirectory(g_SavedFSInfo.currRootDirectory);
-    if (screenOf(previous) == ScreenKind::Live)
-        showCurrentFolder();
-    if (mayAskForUpgrade(previous) && SystemUpgradePresent())
-        offerUpgrade(previous);
+    refreshFolder();
+    if (mayAskForUpgrade(m_screen) && SystemUpgradePresent())
+        offerUpgrade();
     ActivateMSDC(true);
 }
 
-void MainWindow::offerUpgrade(eMainStates previous)
+void MainWindow::refreshFolder()
 {
+    restoreCurrentFolder();
+    repairFilms();
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    if (m_screen == ScreenKind::Live || m_screen == ScreenKind::Usb)
+        showCurrentFolder();
+}
+
+void MainWindow::offerUpgrade()
+{
+    const bool showsPicture = m_screen == ScreenKind::Live;
     gst_EndVideoInputPipeline();
     if (confirm("confirmation_software_upgrade.png")) {
         emit BusyIndicator(true);
@@ -87,40 +100,37 @@ void MainWindow::offerUpgrade(eMainStates previous)
         powerOff();
         emit BusyIndicator(false);
     }
-    if (screenOf(previous) != ScreenKind::Live)
+    if (!showsPicture)
         return;
-    gst_VideoInputPipeline(0);
+    buildLivePicture();
     showLivePicture();
 }
 
 void MainWindow::enterSDCardRemoved()
 {
     const eMainStates previous = g_prevMainState;
-    const CardRemovalResult result = afterRemoval(previous);
     Sleeper::sleep(1);
     updateMainMenuSDCardInfo();
-    showCardButtons(false, previous);
-    ui->lbl_CurrentFilenameandPath->hide();
+    m_card = Card::Gone;
     ui->lbl_menu_Format_Media_Capacity->setText(QStringLiteral("----"));
     ui->pb_menu_StorageCapacity->setValue(0);
     ActivateMSDC(false);
     emit SDCardRemoved();
-    switch (result) {
-    case CardRemovalResult::Restore:
+    switch (factsOf(previous).removal) {
+    case Removal::Restore:
         endCardEvent(eStateSDCardRemoved, previous);
         break;
-    case CardRemovalResult::EndRecording:
+    case Removal::EndRecording:
         endRecordingWithoutCard();
         break;
-    case CardRemovalResult::EndVoiceNote:
+    case Removal::EndVoiceNote:
         recordAudioTimer->stop();
         endNoteRecording();
-        setNoteRecordingButtonsEnabled(true);
         tellCardLost();
         ChangeMainState(eStatePlaybackNothingSaved);
         break;
-    case CardRemovalResult::EndPlayback:
-    case CardRemovalResult::NothingSaved:
+    case Removal::EndPlayback:
+    case Removal::NothingSaved:
         stopPlayback();
         ChangeMainState(eStatePlaybackNothingSaved);
         break;
@@ -149,9 +159,26 @@ void MainWindow::logCapture(eLogFileOperation operation, const QString &name)
                    inCurrentFolder(name), QString());
 }
 
+// The picture of this moment is saved, or none: a camera that has just been started gets its time.
 void MainWindow::enterLiveSavingStill()
 {
-    savePicture();
+    if (!SDCardInfo.inserted || !restoreCurrentFolder()) {
+        restoreMainState(eStateLive);
+        tellCardTakesNothing();
+    } else if (gst_PictureIsCurrent()) {
+        savePicture();
+    } else {
+        m_awaitedSince.start();
+        imageTimer->start();
+    }
+}
+
+void MainWindow::awaitStill()
+{
+    if (gst_PictureIsCurrent())
+        savePicture();
+    else if (m_awaitedSince.hasExpired(kLongestWait))
+        ChangeMainState(eStateLive);
 }
 
 void MainWindow::savePicture()
@@ -167,25 +194,27 @@ void MainWindow::savePicture()
     tmpQimage =
         stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
                               {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
-    stillpicture::save(tmpQimage, path);
+    const bool isSaved = stillpicture::save(tmpQimage, path);
     logCapture(eImageCapture, g_SavedFSInfo.currFileName);
     ++g_SavedFSInfo.currDCIMIndex;
-    ChangeMainState(eStateCaptureWindowEntry);
+    if (isSaved) {
+        ChangeMainState(eStateCaptureWindowEntry);
+        return;
+    }
+    ChangeMainState(eStateLive);
+    isDiskFull(); // the figures for the picture that fits
+    tellCardTakesNothing();
 }
 
 void MainWindow::enterCaptureWindowEntry()
 {
-    ui->frm_LiveMenuButtons_Left->setEnabled(false);
     ui->lbl_saving_filename->setText(g_SavedFSInfo.currFileName);
     ui->lbl_saving_thumbnail->setPixmap(QPixmap::fromImage(
         tmpQimage.scaled(ui->lbl_saving_thumbnail->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
-    ui->frm_saving_information->show();
     popUpTimer->start(kCaptureShown);
 }
 
 void MainWindow::enterCaptureWindowExit()
 {
-    ui->frm_saving_information->hide();
-    ui->frm_LiveMenuButtons_Left->setEnabled(true);
     ChangeMainState(eStateLive);
 }

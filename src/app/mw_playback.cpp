@@ -27,14 +27,6 @@ bool isRunning(eGstreamerState state)
 
 } // namespace
 
-// The buttons that must not act on a file that plays.
-void MainWindow::setPlaybackButtonsEnabled(bool enabled)
-{
-    for (QWidget *button : {ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailFileRename,
-                            ui->btn_menu_ThumbnailEditImage})
-        button->setEnabled(enabled);
-}
-
 void MainWindow::stopPlayback()
 {
     const bool usedCard =
@@ -42,23 +34,14 @@ void MainWindow::stopPlayback()
     gst_StopVideoFilePipeline();
     gst_StopAudioPlaybacking();
     imageTimer->stop();
-    ui->pb_PlaybackIndicator->hide();
-    setPlaybackButtonsEnabled(true);
     if (usedCard)
         ActivateMSDC(true);
-}
-
-void MainWindow::showProgress(int percent)
-{
-    ui->pb_PlaybackIndicator->setValue(percent);
-    ui->pb_PlaybackIndicator->show();
 }
 
 void MainWindow::endProgress()
 {
     imageTimer->stop();
     ui->pb_PlaybackIndicator->setValue(0);
-    ui->pb_PlaybackIndicator->hide();
     startPostGstreamerPlayTimer();
     ActivateMSDC(true);
 }
@@ -66,7 +49,6 @@ void MainWindow::endProgress()
 void MainWindow::enterPlaybackMovieQueued()
 {
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
-    setPlaybackButtonsEnabled(true);
 }
 
 void MainWindow::enterPlaybackMoviePlaying()
@@ -74,10 +56,9 @@ void MainWindow::enterPlaybackMoviePlaying()
     ActivateMSDC(false);
     const QString path = inCurrentFolder(g_SavedFSInfo.currSelectedFile);
     gst_VideoPlayback(QFile::encodeName(unit::path(path)).constData(), filmDuration(path));
-    showProgress(0);
+    ui->pb_PlaybackIndicator->setValue(0);
     imageTimer->start();
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_pause.png"));
-    setPlaybackButtonsEnabled(false);
 }
 
 void MainWindow::enterPlaybackMovieResumePlaying()
@@ -86,14 +67,12 @@ void MainWindow::enterPlaybackMovieResumePlaying()
     startPostGstreamerPlayTimer();
     imageTimer->start();
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_pause.png"));
-    setPlaybackButtonsEnabled(false);
 }
 
 void MainWindow::enterPlaybackMoviePaused()
 {
     gst_PauseVideoFilePipeline();
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
-    ui->btn_menu_ThumbnailEditImage->setEnabled(true); // the frame that stands can be marked
 }
 
 void MainWindow::followFilm()
@@ -103,13 +82,28 @@ void MainWindow::followFilm()
         ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
     }
     ui->pb_PlaybackIndicator->setValue(g_PercentPlayback);
-    if (!isOver(g_GstreamerVideoPlaybackPipelineState))
-        return;
-    // One that could not be played waits to be tried again.
-    if (g_GstreamerVideoPlaybackPipelineState == eGSTStateError)
-        gst_QueueVideoFilePipeline();
-    endProgress();
-    ChangeMainState(eStatePlaybackMovieQueued);
+    if (isOver(g_GstreamerVideoPlaybackPipelineState))
+        announce(UnitEvent::PlaybackOver);
+}
+
+// What could not be played waits to be tried again.
+void MainWindow::endPlayback()
+{
+    switch (factsOf(g_MainState).frame) {
+    case FrameJob::PlayFilm:
+        if (g_GstreamerVideoPlaybackPipelineState == eGSTStateError)
+            gst_QueueVideoFilePipeline();
+        endProgress();
+        ChangeMainState(eStatePlaybackMovieQueued);
+        break;
+    case FrameJob::PlayNote:
+        g_GstreamerAudioPlaybackPipelineState = eGSTStateReady;
+        endProgress();
+        ChangeMainState(eStatePlaybackSnapshotAudioQueued);
+        break;
+    default: // left meanwhile
+        break;
+    }
 }
 
 // The film's pipeline gets its time to go before the next screen; nothing can be touched meanwhile.
@@ -117,9 +111,9 @@ void MainWindow::leaveFilm()
 {
     stopPlayback();
     startPostGstreamerPlayTimer();
-    ui->frm_ThumbnailMenuButtons_left->setEnabled(false);
     setGenericDelayTimer(quint16(kLongestPostPlay - elapsedTimePostGstreamerPlayExpired()));
     startGenericDelayTimer();
+    showScreen();
 }
 
 void MainWindow::enterPlaybackSnapshotAudioQueued()
@@ -135,7 +129,7 @@ void MainWindow::enterPlaybackSnapshotAudioPlaying()
     } else {
         gst_AudioPlaybackPipeline(
             QFile::encodeName(unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile))).constData());
-        showProgress(0);
+        ui->pb_PlaybackIndicator->setValue(0);
     }
     ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_pause.png"));
     imageTimer->start();
@@ -150,11 +144,8 @@ void MainWindow::enterPlaybackSnapshotAudioPaused()
 void MainWindow::followNote()
 {
     ui->pb_PlaybackIndicator->setValue(gst_getCurrentAudioPercentPlayed());
-    if (!isOver(g_GstreamerAudioPlaybackPipelineState))
-        return;
-    g_GstreamerAudioPlaybackPipelineState = eGSTStateReady; // one that failed may be tried again
-    endProgress();
-    ChangeMainState(eStatePlaybackSnapshotAudioQueued);
+    if (isOver(g_GstreamerAudioPlaybackPipelineState))
+        announce(UnitEvent::PlaybackOver);
 }
 
 void MainWindow::leaveNote()

@@ -23,7 +23,8 @@
 
 namespace {
 
-constexpr int kCardCheckTicks = 15; // frames between two looks at the card's room and the film's size
+constexpr int kCardCheckTicks = 15;    // frames between two looks at the card's room and the film's size
+constexpr qint64 kLongestStart = 12000; // ms to a film's first picture: a slow camera and a mute microphone
 
 QString thumbnailOf(const QString &film)
 {
@@ -36,36 +37,54 @@ QString thumbnailOf(const QString &film)
 void MainWindow::startFilm()
 {
     g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".avi"));
+    const QByteArray damage = ui->lbl_DamageCatelogText->text().toUtf8();
+    gst_BeginWithDamageText(damage.constData(), int(damage.size()));
     const QByteArray file = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)).toUtf8();
     gst_StartRecordingAVIFile(file.constData(), int(file.size()));
+    m_film = Film::Awaited;
+    m_awaitedSince.start();
 }
 
+// The film counts from its first picture: name, row and running time wait for it, so that each row has its
+// file and no number is used up for nothing.
 void MainWindow::enterLiveSavingMovieQueued()
 {
+    if (!restoreCurrentFolder() || !SDCardInfo.inserted) {
+        restoreMainState(eStateLive);
+        tellCardTakesNothing();
+        return;
+    }
     startFilm();
     clearLiveVideoLabel();
-    ui->labelInputVideo->show();
-    ui->btn_DamageCatelog->show();
+    m_hasPicture = false;
+    ui->lbl_VideoLengthIndicator->setText(runningTimeText(0));
+    ui->btn_menu_Capture->setIcon(graphicIcon("btn_stop.png"));
     imageTimer->start();
+}
+
+void MainWindow::awaitFilm()
+{
+    if (gst_FilmHasPicture())
+        noteFilmStart();
+    else if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError || m_awaitedSince.hasExpired(kLongestStart))
+        giveUpFilm();
+}
+
+void MainWindow::noteFilmStart()
+{
+    m_film = Film::Runs;
     ++g_SavedFSInfo.currDCIMIndex;
     logCapture(eVideoStart, g_SavedFSInfo.currFileName);
     ActivateMSDC(false);
-    ChangeMainState(eStateLiveSavingMovie);
+    if (g_MainState == eStateLiveTerminateSavingMovie)
+        endFilm(); // the touch that ends it came before its first picture
+    else
+        ChangeMainState(eStateLiveSavingMovie);
 }
 
 void MainWindow::enterLiveSavingMovie()
 {
-    ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
-    ui->frm_VideoLengthIndicator->show();
-    ui->btn_menu_Capture->setIcon(graphicIcon("btn_stop.png"));
-    setRecordingButtonsEnabled(false);
     elapsedTime.start();
-}
-
-void MainWindow::setRecordingButtonsEnabled(bool enabled)
-{
-    for (QWidget *button : {ui->btn_menu_Thumbnails, ui->btn_menu_Tools, ui->btn_menu_CaptureModeSelect})
-        button->setEnabled(enabled);
 }
 
 void MainWindow::followRecording()
@@ -74,7 +93,7 @@ void MainWindow::followRecording()
     if (nFrame % kCardCheckTicks != 0)
         return;
     if (isDiskFull())
-        ChangeMainState(eStateLiveTerminateSavingMovie);
+        announce(UnitEvent::FilmEnds);
     else if (QFileInfo(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName))).size() >= filmlimit::bytes())
         continueInNextFilm();
 }
@@ -86,6 +105,7 @@ void MainWindow::continueInNextFilm()
     const QString closed = g_SavedFSInfo.currFileName;
     gst_EndVideoInputPipeline();
     startFilm();
+    m_film = Film::Runs;
     ++g_SavedFSInfo.currDCIMIndex;
     logCapture(eVideoStop, closed);
     logCapture(eVideoStart, g_SavedFSInfo.currFileName);
@@ -94,28 +114,83 @@ void MainWindow::continueInNextFilm()
 
 void MainWindow::enterLiveTerminateSavingMovie()
 {
-    emit RecordingEnds();
-    emit BusyIndicator(true);
-    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
-    // Waited for: what comes now reads the closed film.
-    gst_EndVideoInputPipeline();
-    if (isDiskFull()) {
-        // A card that is gone has no room either.
-        if (SDCardInfo.inserted)
-            confirm("confirmation_disk_full.png");
-        else
-            tellCardLost();
+    switch (m_film) {
+    case Film::Awaited: // the frame pump goes on with it
+        break;
+    case Film::Runs:
+        endFilm();
+        break;
+    case Film::None:
+        ChangeMainState(eStateLive);
+        break;
     }
-    gst_VideoInputPipeline(0);
+}
+
+// The end and its row are on the card before anything is asked or told: power may go while a box stands.
+void MainWindow::endFilm()
+{
+    emit BusyIndicator(true);
+    const bool fileFailed = gst_FilmFileFailed();
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    closeFilm();
+    if (isDiskFull() || fileFailed)
+        tellCardTakesNothing();
     imageTimer->stop();
+    ActivateMSDC(true);
+    emit BusyIndicator(false);
+    backToLiveView();
+}
+
+void MainWindow::closeFilm()
+{
+    gst_EndVideoInputPipeline();
+    m_film = Film::None;
     command::run(QStringLiteral("sync"));
     logCapture(eVideoStop, g_SavedFSInfo.currFileName);
     saveFilmThumbnail(g_SavedFSInfo.currFileName);
-    showRecordingEnded();
-    ActivateMSDC(true);
-    emit BusyIndicator(false);
+}
+
+// No picture came, or no file: nothing of it stays, neither on the card nor in the logs.
+void MainWindow::giveUpFilm()
+{
+    const bool fileFailed = gst_FilmFileFailed();
+    m_film = Film::None;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    gst_EndVideoInputPipeline();
+    QFile::remove(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)));
+    backToLiveView();
+    if (fileFailed)
+        tellCardTakesNothing();
+}
+
+void MainWindow::endRecordingWithoutCard()
+{
+    m_film = Film::None;
+    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    gst_EndVideoInputPipeline();
+    tellCardLost();
+    backToLiveView();
+}
+
+void MainWindow::backToLiveView()
+{
+    ui->btn_menu_Capture->setIcon(graphicIcon("btn_capture_active.png"));
+    buildLivePicture();
     ChangeMainState(eStateLive);
     showLivePicture();
+}
+
+void MainWindow::closeOpenRecords()
+{
+    if (m_film == Film::Runs)
+        closeFilm();
+    else if (m_film == Film::Awaited)
+        giveUpFilm();
+    if (g_MainState == eStatePlaybackSnapshotRecordingAudio) {
+        recordAudioTimer->stop();
+        endNoteRecording();
+    }
+    gst_EndVideoInputPipeline();
 }
 
 void MainWindow::saveFilmThumbnail(const QString &name)
@@ -141,27 +216,6 @@ void MainWindow::repairFilms()
     }
     if (isBusy)
         emit BusyIndicator(false);
-}
-
-void MainWindow::showRecordingEnded()
-{
-    ui->btn_menu_Capture->setIcon(graphicIcon("btn_capture_active.png"));
-    ui->frm_VideoLengthIndicator->hide();
-    setRecordingButtonsEnabled(true);
-    showCardButtons(SDCardInfo.inserted, eStateLive); // the film may have ended because the card went
-    ui->btn_DamageCatelog->hide();
-}
-
-void MainWindow::endRecordingWithoutCard()
-{
-    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
-    gst_EndVideoInputPipeline();
-    showRecordingEnded();
-    showCardButtons(false, eStateLive);
-    tellCardLost();
-    gst_VideoInputPipeline(0);
-    ChangeMainState(eStateLive);
-    showLivePicture();
 }
 
 void MainWindow::followNetworkStream()

@@ -27,6 +27,7 @@ Q_LOGGING_CATEGORY(log, "tubix.system")
 constexpr int kMostMeterRetries = 10;
 constexpr int kSlowCheck = 16;               // calls between two looks at battery and camera head
 constexpr int kCardCheck = 5;                // the one call that asks for the card
+constexpr int kMountLook = 5;                // calls between two looks for a card that is waited for
 constexpr int kCriticalShutdownDelay = 3000; // ms
 
 constexpr std::array kBatteryPictures = {"ind_Battery100.png",         "ind_Battery80.png",
@@ -48,7 +49,7 @@ void MainWindow::systemCheck()
 {
     takeEvents();
     if (g_gst_VideoPipelineMode == eGSTStateError) {
-        ChangeMainState(eStateVideoInputPipelineFailure);
+        announce(UnitEvent::CameraLost);
         return;
     }
     followNetworkStream();
@@ -66,13 +67,13 @@ void MainWindow::systemCheck()
         UpdateMenuSystemInformation();
         checkUsbHost();
     }
-    if (nSystemCheck == kCardCheck) {
+    const qint32 check = nSystemCheck++; // before an event's action, which may wait with a dialog
+    if (check == kCardCheck) {
         getSDCardInfo();
-        ++nSystemCheck; // before the state's action, which may wait with a dialog
         announce(SDCardInfo.inserted ? UnitEvent::CardInserted : UnitEvent::CardRemoved);
-        return;
+    } else if (check > kCardCheck && check % kMountLook == 0) {
+        lookForMount();
     }
-    ++nSystemCheck;
 }
 
 void MainWindow::showCableLength()
@@ -117,14 +118,9 @@ void MainWindow::showCriticalBattery(const char *picture)
 {
     closeDialogs(); // nobody answers them any more, and they hide the picture
     imageTimer->stop();
+    m_batteryIsCritical = true;
     ui->labelInputVideo->setPixmap(QPixmap(graphic(picture)));
-    ui->labelInputVideo->show();
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_LiveMenuButtons_Left, ui->frm_ThumbnailImageEditButtons,
-             ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailViewer, ui->frm_ToolsMenuButtons,
-             ui->frm_VideoLengthIndicator, ui->btn_DamageCatelog, ui->lbl_CurrentFilenameandPath,
-             ui->gv_MainView, ui->frm_saving_information, ui->btn_menu_BackButton})
-        widget->hide();
+    showScreen();
     // The next look at the battery comes in 3.2 s: it must not put the end off again and again.
     if (!shutdownTimer->isActive())
         shutdownTimer->start(kCriticalShutdownDelay);
@@ -138,38 +134,17 @@ void MainWindow::enterUsbActive()
     popUpTimer->stop();
     genericDelayTimer->stop();
     closeEditor();
-    hideToolsPage();
     stopPlayback();
-    hideOtherScreens();
     ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
-    ui->labelInputVideo->show();
-    ui->lbl_CurrentFilenameandPath->hide();
-    ui->frm_LiveMenuButtons_Left->hide();
 }
 
+// The host may have done with the card's folders what it liked.
 void MainWindow::enterUsbDisconnected()
 {
-    ui->frm_LiveMenuButtons_Left->setEnabled(true); // a pop-up may have been cut off
-    ui->frm_LiveMenuButtons_Left->show();
-    ui->frm_ThumbnailMenuButtons_left->setEnabled(true);
-    showLiveTopBar(true);
-    ui->lbl_DamageCatelogText->show();
-    if (SDCardInfo.inserted)
-        showCurrentFolder();
-    gst_VideoInputPipeline(0);
-    showLivePicture();
-    ChangeMainState(eStateLive);
-}
-
-void MainWindow::hideOtherScreens()
-{
-    for (QWidget *widget : std::initializer_list<QWidget *>{
-             ui->frm_ToolsMenuButtons, ui->btn_menu_BackButton, ui->frm_ThumbnailViewer,
-             ui->frm_ThumbnailMenuButtons_left, ui->frm_ThumbnailImageEditButtons, ui->gv_MainView,
-             ui->frm_saving_information, ui->frm_VideoLengthIndicator, ui->pb_PlaybackIndicator,
-             ui->lbl_BusyIcon, ui->btn_DamageCatelog})
-        widget->hide();
+    if (m_card == Card::Taken)
+        refreshFolder();
+    backToLiveView();
 }
 
 int MainWindow::enableRawEncoderDisplay()
@@ -202,23 +177,25 @@ void MainWindow::onProcessSystemShutdown()
 void MainWindow::shutDown()
 {
     m_isShuttingDown = true;
+    m_touches->close();
     emit BusyIndicator(true);
-    if (g_MainState == eStateLiveSavingMovie) {
-        gst_SendVideoInputPipelineEOS(true);
-        logCapture(eVideoStop, g_SavedFSInfo.currFileName);
-    }
-    if (g_MainState == eStatePlaybackSnapshotRecordingAudio) {
-        recordAudioTimer->stop();
-        endNoteRecording();
-    }
+    const bool endedPicture = m_screen == ScreenKind::Live || m_screen == ScreenKind::Recording;
+    closeOpenRecords(); // a film is on the card, whole, before the power goes
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
-    gst_EndVideoInputPipeline(); // a film is on the card, whole, before the power goes
-    powerOff();
+    if (powerOff())
+        return;
+    m_isShuttingDown = false; // the key may be pressed again
+    m_touches->open();
+    emit BusyIndicator(false);
+    if (endedPicture)
+        backToLiveView();
+    else if (g_MainState == eStatePlaybackSnapshotRecordingAudio)
+        displaySelectedThumbnail();
 }
 
-void MainWindow::powerOff()
+bool MainWindow::powerOff()
 {
     qCDebug(log) << "Shutting Down...";
     const command::Result end = command::run(QStringLiteral("poweroff"));
-    m_isShuttingDown = end.started && end.exitCode == 0; // else the key may be pressed again
+    return end.started && end.exitCode == 0;
 }

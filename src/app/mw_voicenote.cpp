@@ -26,37 +26,27 @@ QString noteFile()
 
 } // namespace
 
-// What the note button does, and whether there is a note to delete. A note can be played with the microphone
-// off, too.
-void MainWindow::showNoteButtons()
+// A note can be played with the microphone off, too.
+void MainWindow::showNoteButton()
 {
     const bool annotated = g_FileListing[size_t(g_selectedItemFileIndex)].annotated;
-    QPushButton *note = ui->btn_menu_ThumbnailAnnotateRecordPlayPause;
-    note->setIcon(graphicIcon(annotated ? "btn_play.png" : "btn_capture_active.png"));
-    note->setEnabled(annotated || m_pParams->getParams().bMicrophoneActive);
-    note->show();
-    ui->btn_menu_ThumbnailDeleteAudio->setVisible(annotated);
-}
-
-void MainWindow::setNoteRecordingButtonsEnabled(bool enabled)
-{
-    for (QWidget *button :
-         {ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious, ui->btn_menu_ThumbnailBack,
-          ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailDeleteAudio,
-          ui->btn_menu_ThumbnailFileRename, ui->btn_menu_ThumbnailEditImage})
-        button->setEnabled(enabled);
+    ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(
+        graphicIcon(annotated ? "btn_play.png" : "btn_capture_active.png"));
 }
 
 void MainWindow::enterPlaybackSnapshotRecordingAudio()
 {
+    if (!restoreCurrentFolder() || !SDCardInfo.inserted) {
+        restoreMainState(eStatePlaybackSnapshot);
+        tellCardTakesNothing();
+        return;
+    }
     ActivateMSDC(false);
     StartAudioRecording(QFile::encodeName(noteFile()).constData());
     elapsedTime.start();
     recordAudioTimer->start();
     ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_stop.png"));
     ui->lbl_VideoLengthIndicator->setText(QStringLiteral("00:00:00"));
-    ui->frm_VideoLengthIndicator->show();
-    setNoteRecordingButtonsEnabled(false);
     if (g_GstreamerAudioRecordPipelineState != eGSTStateRecordingAudio)
         ChangeMainState(eStatePlaybackSnapshotTerminateRecordingAudio); // a unit without a microphone
 }
@@ -65,7 +55,7 @@ void MainWindow::onRecordAudioTimerExpired()
 {
     const bool failed = g_GstreamerAudioRecordPipelineState == eGSTStateError;
     if (g_MainState == eStatePlaybackSnapshotRecordingAudio && (failed || isDiskFull()))
-        ChangeMainState(eStatePlaybackSnapshotTerminateRecordingAudio);
+        announce(UnitEvent::NoteEnds);
     ui->lbl_VideoLengthIndicator->setText(runningTimeText(elapsedTime.elapsed()));
 }
 
@@ -74,13 +64,9 @@ void MainWindow::enterPlaybackSnapshotTerminateRecordingAudio()
     recordAudioTimer->stop();
     endNoteRecording();
     if (isDiskFull())
-        confirm("confirmation_disk_full.png");
-    // The card may have been pulled while the question stood.
-    if (g_MainState != eStatePlaybackSnapshotTerminateRecordingAudio)
-        return;
+        tellCardTakesNothing();
     ActivateMSDC(true);
-    showNoteButtons();
-    setNoteRecordingButtonsEnabled(true);
+    showNoteButton();
     ChangeMainState(eStatePlaybackSnapshot);
 }
 
@@ -93,5 +79,4 @@ void MainWindow::endNoteRecording()
     if (!hasSound)
         QFile::remove(noteFile());
     g_FileListing[size_t(g_selectedItemFileIndex)].annotated = hasSound;
-    ui->frm_VideoLengthIndicator->hide();
 }

@@ -20,10 +20,6 @@
 
 namespace {
 
-// The exit button lies in the corner that the top bar covers; on the page the bar stands beside it.
-constexpr int kTopBarX = 80;
-constexpr int kTopBarXBesideExit = 80 - 32;
-
 struct Switch
 {
     const char *on;
@@ -77,14 +73,7 @@ void MainWindow::enterToolsMenu()
     imageTimer->stop();
     gst_EndVideoInputPipeline();
     chooseLivePipelineMode(); // a failure of the old pipeline ends with it
-    for (QWidget *live : std::initializer_list<QWidget *>{
-             ui->frm_LiveMenuButtons_Left, ui->labelInputVideo, ui->lbl_CableLengthIndicator,
-             ui->lbl_CableLength, ui->lbl_CurrentFilenameandPath, ui->lbl_DamageCatelogText})
-        live->hide();
     initToolsMenu();
-    ui->frm_TopBar->move(kTopBarXBesideExit, 0);
-    ui->frm_ToolsMenuButtons->show();
-    ui->btn_menu_BackButton->show();
     toolsClockTimer->start();
     emit BusyIndicator(false);
 }
@@ -92,37 +81,15 @@ void MainWindow::enterToolsMenu()
 void MainWindow::enterToolsMenuExit()
 {
     emit BusyIndicator(true);
-    hideToolsPage();
-    ui->frm_LiveMenuButtons_Left->show();
-    if (SDCardInfo.inserted) {
-        // A card that was formatted has no folder to save to.
-        if (!QFileInfo::exists(unit::path(g_SavedFSInfo.currRootDirectory))) {
-            CreateDCIMStructure(QString());
-            ReadDirectory(g_SavedFSInfo.currRootDirectory);
-        }
+    if (m_card == Card::Taken) {
+        restoreCurrentFolder(); // a card that was formatted has none
         showCurrentFolder();
     }
-    // A lost camera had them disabled; if it is still lost they will be again.
-    showCardButtons(SDCardInfo.inserted, eStateLive);
-    ui->btn_tools_Reset_Meter_Counter->setEnabled(true);
     chooseLivePipelineMode();
-    gst_VideoInputPipeline(0);
+    buildLivePicture();
     emit BusyIndicator(false);
     ChangeMainState(eStateLive);
     showLivePicture();
-}
-
-void MainWindow::hideToolsPage()
-{
-    if (ui->frm_TopBar->x() == kTopBarX)
-        return; // it is not shown
-    toolsClockTimer->stop();
-    ui->btn_menu_BackButton->hide();
-    ui->frm_ToolsMenuButtons->hide();
-    ui->frm_TopBar->move(kTopBarX, 0);
-    ui->lbl_CableLengthIndicator->show();
-    ui->lbl_CableLength->show();
-    ui->lbl_DamageCatelogText->show();
 }
 
 void MainWindow::chooseLivePipelineMode()
@@ -168,6 +135,8 @@ void MainWindow::updateMainMenuSDCardInfo()
 
 void MainWindow::showClock()
 {
+    if (m_screen != ScreenKind::Tools && g_MainState != eStateToolsMenu)
+        toolsClockTimer->stop();
     const QDateTime now = QDateTime::currentDateTime();
     ui->lbl_menu_CurrentTime->setText(now.toString(QStringLiteral("hh:mm")));
     ui->lbl_menu_CurrentDate->setText(now.toString(QStringLiteral("dd.MM.yyyy")));

@@ -103,8 +103,8 @@ void MainWindow::on_btn_menu_UnmountMedia_clicked()
     UpdateEventLog(eEventUnmountMedia, QStringLiteral("Unmount media button clicked"));
     emit BusyIndicator(true);
     command::run(QStringLiteral("umount"), {kCardMountPoint});
-    ChangeMainState(eStateSDCardRemoved);
     emit BusyIndicator(false);
+    announce(UnitEvent::CardRemoved);
 }
 
 void MainWindow::on_btn_tools_Reset_Meter_Counter_clicked()
@@ -135,10 +135,7 @@ void MainWindow::showCameraHead()
     ui->lbl_menu_Camera_Type_lineOne->setText(textOf(toolscycle::headOf(settings.ImagerType)));
     ui->lbl_menu_Camera_Type_lineTwo->setText(
         textOf(&toolscycle::headAfter(settings.ImagerType, settings.HWImagerConfiguration)));
-    for (QWidget *widget :
-         std::initializer_list<QWidget *>{ui->btn_tools_Select_Camera_Type, ui->lbl_menu_Camera_Type_lineOne,
-                                          ui->lbl_menu_Camera_Type_lineTwo})
-        widget->setVisible(settings.MiniModulePresent);
+    showScreen();
 }
 
 void MainWindow::on_btn_tools_Select_Camera_Type_clicked()

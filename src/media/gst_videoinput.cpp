@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <malloc.h>
 #include <optional>
+#include <sys/stat.h>
 
 struct_VideoInputPipeline g_gst_Pipeline = {};
 std::array<quint8 *, 2> g_pcFrameBuffer = {};
@@ -48,6 +49,13 @@ guint g_endTimeout = 0;
 guint g_soundTimeout = 0;
 
 std::optional<FilmSync> g_filmSync; // of the film that is being recorded
+
+constexpr gint64 kCurrentPicture = G_USEC_PER_SEC; // microseconds: an older frame is not of this moment
+
+qint32 g_framesBefore = 0;                     // nBuffers at the build of the pipeline that lives
+std::atomic<gint64> g_lastFrameTime = 0;       // microseconds, monotonic; streaming thread
+std::atomic<bool> g_filmHasPicture = false;    // streaming thread
+bool g_filmFileFailed = false;
 
 GstElement *lookUp(const char *name)
 {
@@ -151,6 +159,7 @@ bool waitForEnd()
 GstFlowReturn new_buffer(GstAppSink *appsink, gpointer)
 {
     if (copyNextFrame(appsink, g_pcFrameBuffer[g_fbInIdx])) {
+        g_lastFrameTime = g_get_monotonic_time();
         ++nBuffers;
         g_InputFrameReady = true;
     }
@@ -181,6 +190,7 @@ void handleError(GstMessage *message)
         g_gst_VideoPipelineMode == eGSTStateRecordingWithoutAudio) {
         // The end of stream closes the film; whoever ends the recording then rebuilds.
         g_gst_VideoPipelineMode = eGSTStateVideoRecordError;
+        g_filmFileFailed = GST_MESSAGE_SRC(message) == GST_OBJECT(g_gst_Pipeline.videosavesink);
         sendEndOfStream();
         return;
     }
@@ -246,6 +256,20 @@ void limitViewers(GstElement *server)
                  kViewerPatience, nullptr);
 }
 
+// Marks the moment in which the muxer gets the film's first picture.
+void watchForFirstPicture()
+{
+    const GstOwner<GstElement> muxer(lookUp("mux"));
+    const GstOwner<GstPad> pictures(gst_element_get_static_pad(muxer.get(), "video_0"));
+    gst_pad_add_probe(
+        pictures.get(), GST_PAD_PROBE_TYPE_BUFFER,
+        [](GstPad *, GstPadProbeInfo *, gpointer) {
+            g_filmHasPicture = true;
+            return GST_PAD_PROBE_REMOVE;
+        },
+        nullptr, nullptr);
+}
+
 void configureLayout(eGstreamerState layout)
 {
     switch (layout) {
@@ -256,6 +280,7 @@ void configureLayout(eGstreamerState layout)
         // What the muxer has handed on survives a kill, and a sync finds it.
         gst_util_set_object_arg(G_OBJECT(g_gst_Pipeline.videosavesink), "buffer-mode", "unbuffered");
         g_filmSync.emplace(g_gst_VideoFileName);
+        watchForFirstPicture();
         break;
     case eGSTStateStreaming:
         g_gst_Pipeline.videoStreamSink = lookUp("tcpserver");
@@ -309,6 +334,15 @@ void startWithSound()
     g_object_set(g_gst_Pipeline.videosavesink, "enable-last-sample", FALSE, nullptr); // it keeps none of them
     startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
     g_soundTimeout = g_timeout_add(kSoundLimitMs, soundIsDue, nullptr);
+}
+
+// A film that has something in it is never written anew, whoever asks for the layout.
+bool wouldOverwriteFilm()
+{
+    const bool records = g_gst_VideoPipelineMode == eGSTStateRecordingWithAudio ||
+                         g_gst_VideoPipelineMode == eGSTStateRecordingWithoutAudio;
+    struct stat info = {};
+    return records && ::stat(g_gst_VideoFileName, &info) == 0 && info.st_size > 0;
 }
 
 // `length` bytes at the most, always terminated.
@@ -366,6 +400,11 @@ void setTextOverlays()
 void gst_VideoInputPipeline(unsigned long)
 {
     gst_EndVideoInputPipeline();
+    g_framesBefore = nBuffers;
+    g_filmHasPicture = false;
+    g_filmFileFailed = false;
+    if (wouldOverwriteFilm())
+        g_gst_VideoPipelineMode = eGSTStateLiveVideo;
     const eGstreamerState layout = layoutForMode(g_gst_VideoPipelineMode);
     // The mark of a failed recording stays until the recording is ended; any other strange value is
     // forgotten.
@@ -412,6 +451,22 @@ bool gst_FramesAreExpected()
     if (!g_gst_Pipeline.pipeline)
         return g_gst_VideoPipelineMode == eGSTStateError;
     return GST_STATE_TARGET(g_gst_Pipeline.pipeline) == GST_STATE_PLAYING;
+}
+
+bool gst_PictureIsCurrent()
+{
+    return g_gst_Pipeline.pipeline && nBuffers != g_framesBefore &&
+           g_get_monotonic_time() - g_lastFrameTime < kCurrentPicture;
+}
+
+bool gst_FilmHasPicture()
+{
+    return g_filmHasPicture;
+}
+
+bool gst_FilmFileFailed()
+{
+    return g_filmFileFailed;
 }
 
 void gst_PauseVideoInputPipeline()
@@ -462,6 +517,11 @@ void gst_UpdateVideoDamageCatelog(const char *text, int length)
             return;
         setOverlayText(overlay, g_gst_currDamageCatelogText);
     }
+}
+
+void gst_BeginWithDamageText(const char *text, int length)
+{
+    copyText(g_gst_currDamageCatelogText, text, length);
 }
 
 void gst_UpdateVideoMeterCount(const char *text, int length)

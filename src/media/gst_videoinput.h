@@ -55,6 +55,17 @@ void gst_EndVideoInputPipeline();
 // True while nBuffers has to grow: the pipeline plays, or it would but for the camera's error.
 bool gst_FramesAreExpected();
 
+// True while g_pcFrameBuffer holds a picture of this moment: the pipeline that runs now has brought a frame
+// within the last second.
+bool gst_PictureIsCurrent();
+
+// True once the film that is being recorded has its first picture: from then on its file is a film, whatever
+// ends it.
+bool gst_FilmHasPicture();
+
+// True when the recording failed because its file could not be written.
+bool gst_FilmFileFailed();
+
 void gst_PauseVideoInputPipeline();
 void gst_ResumeVideoInputPipeline();
 
@@ -69,6 +80,9 @@ void gst_StartRecordingAVIFile(const char *path, int length);
 // `length`: bytes of `text`. A damage text is taken only while such a layout runs; with length 0 it is
 // hidden.
 void gst_UpdateVideoDamageCatelog(const char *text, int length);
+// The damage text that the screen shows as a film or stream begins: its build burns that in, whatever was
+// shown when the last one ended. `length`: bytes of `text`.
+void gst_BeginWithDamageText(const char *text, int length);
 void gst_UpdateVideoMeterCount(const char *text, int length);
 
 void gst_EnableAudioRecording(int on);                      // from the next recording on

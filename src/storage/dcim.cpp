@@ -122,6 +122,18 @@ void CreateDCIMStructure(const QString &folder)
     syncCard();
 }
 
+bool restoreCurrentFolder()
+{
+    const QString folder = g_SavedFSInfo.currRootDirectory;
+    if (folder.isEmpty())
+        return false;
+    if (!exists(folder)) {
+        CreateDCIMStructure(folder == folderOfTheDay() ? QString() : folder);
+        ReadDirectory(folder);
+    }
+    return exists(folder);
+}
+
 void ReadDirectory(const QString &folder)
 {
     FolderContent content = readFolder(folder);

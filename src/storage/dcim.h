@@ -50,6 +50,10 @@ QString folderOfTheDay();
 // cut write left torn in its logs is mended. A card that takes nothing leaves the tree incomplete, silently.
 void CreateDCIMStructure(const QString &folder);
 
+// Makes sure that captures can go into the current folder: made again, with what belongs to it, when somebody
+// took it away. False when that cannot be.
+bool restoreCurrentFolder();
+
 // Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most
 // 10000: name filters without regard to case, hidden and empty files left out. The next number counts all of
 // them.

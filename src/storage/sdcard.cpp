@@ -1,7 +1,9 @@
 #include "storage/sdcard.h"
 
 #include "platform/command.h"
+#include "platform/unit.h"
 
+#include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -9,7 +11,7 @@ tSDcardInfo SDCardInfo;
 
 namespace {
 
-constexpr quint64 kLeastAvailable = 10240; // kilobytes
+
 constexpr double kGibibytesOfKilobyte = 9.536743e-7;
 
 QString gibibytes(quint64 kilobytes)
@@ -42,6 +44,14 @@ sSDcardInfo cardInDfReport(const QString &report)
     card.avail = fields[3].toULongLong();
     card.percentFull = static_cast<quint8>(fields[4].chopped(fields[4].isEmpty() ? 0 : 1).toUShort());
     return card;
+}
+
+bool mountTableShowsCard()
+{
+    QFile table(unit::path(QStringLiteral("/proc/mounts")));
+    // Such a file tells no size: it is read to its end.
+    return table.open(QIODevice::ReadOnly) &&
+           table.readAll().contains((kCardDevice + QLatin1Char(' ') + kCardMountPoint + QLatin1Char(' ')).toUtf8());
 }
 
 void getSDCardInfo()

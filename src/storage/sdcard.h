@@ -5,6 +5,7 @@
 #include <QString>
 
 inline const QString kCardMountPoint = QStringLiteral("/media/mmcblk1p1");
+inline constexpr quint64 kLeastAvailable = 10240; // kilobytes: below that the card counts as full
 inline const QString kCardDevice = QStringLiteral("/dev/mmcblk1p1");
 
 struct sSDcardInfo
@@ -23,6 +24,9 @@ extern tSDcardInfo SDCardInfo; // written by the functions below
 // The card's figures out of a report of "df" (device, size, used, available, use percentage); a long device
 // name may stand on a line of its own. All zero when the card is not in it. `statechanged` stays 0.
 sSDcardInfo cardInDfReport(const QString &report);
+
+// True when the system's table of mounts names the card at its place. Cheap: no command is run.
+bool mountTableShowsCard();
 
 void getSDCardInfo();     // refreshes all but statechanged
 bool isDiskFull();        // refreshes; true below 10 MiB available, so also without a card

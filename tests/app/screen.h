@@ -3,13 +3,12 @@
 
 #include "testunit.h"
 
-#include "app/appearance.h"
-#include "app/debounce.h"
-#include "app/mainwindow.h"
+#include "app/unitapplication.h"
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
 #include "storage/dcim.h"
+#include "storage/sdcard.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -17,17 +16,20 @@
 
 class Screen
 {
-public:
-    Screen()
+    // What a process keeps from the test before it.
+    struct Forgotten
     {
-        params::resetForTests();
-        resetBoardElementsForTests();
-        g_InputFrameReady = false;
-        window.init();
-        showOnDesk(window);
-    }
-    ~Screen() { gst_EndVideoInputPipeline(); }
+        Forgotten()
+        {
+            params::resetForTests();
+            resetBoardElementsForTests();
+            g_InputFrameReady = false;
+            g_SavedFSInfo = {};
+            SDCardInfo = {};
+        }
+    };
 
+public:
     // A finger on the glass: whatever lies on top there gets it.
     void touch(int x, int y)
     {
@@ -67,18 +69,21 @@ public:
     }
 
     TestUnit folder;
-    MainWindow window;
+
+private:
+    Forgotten m_forgotten;
+    RunningUnit m_running{*static_cast<UnitApplication *>(qApp)};
+
+public:
+    MainWindow &window = m_running.window;
 };
 
-// The body of a test program's main(): pixels, look and application object as the program has them.
+// The body of a test program's main(): the application as the program has it.
 template <typename Test> int runAppTest(int argc, char **argv)
 {
-    fixPixels();
-    debounce application(argc, argv);
-    fixLook();
     TestUnit folder;
     params::resetForTests();
-    application.init();
+    UnitApplication application(argc, argv);
     Test test;
     return QTest::qExec(&test, argc, argv);
 }

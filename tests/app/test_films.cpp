@@ -224,12 +224,9 @@ int main(int argc, char **argv)
     if (argc == 3 && qstrcmp(argv[1], kRepairOnly) == 0)
         return avirepair::repair(QFile::decodeName(argv[2])) ? 0 : 1;
     if (argc == 2 && qstrcmp(argv[1], kRecordOnly) == 0) {
-        fixPixels();
-        debounce application(argc, argv);
-        fixLook();
         const TestUnit folder;
         params::resetForTests();
-        application.init();
+        UnitApplication application(argc, argv);
         return recordUntilKilled();
     }
     return runAppTest<TestFilms>(argc, argv);
