@@ -126,6 +126,13 @@ test_board()
     unit meter 7
     unit battery back
     check 'a lost board keeps counting' "$(registers 4 2)" ' 2 188 '
+    unit board skip
+    check 'an access fails' "$(dd if="$dir/dev/i2c-4" bs=1 count=1 iflag=nonblock status=none | wc -c)" 0
+    check 'the next one does not' "$(eventually test -f "$dir/dev/i2c-4" && registers 4 2)" ' 2 188 '
+    unit board nonsense 11 255
+    check 'a senseless register' "$(registers 11 1)" ' 255 '
+    unit board back
+    check 'a sensible one' "$(registers 11 1)" ' 2 '
     unit head mini
     check 'no equaliser lock with the mini module' "$(registers 10 1)" ' 0 '
 
@@ -202,7 +209,12 @@ test_devices()
 {
     unit usb attach
     check 'the host is the 29th character' "$(head -c 29 "$dir/sys/class/extcon/ci_hdrc.0/state" | tail -c 1)" 1
+    mkdir -p "$dir/media/mmcblk1p1/DCIM/day"
+    unit usb move DCIM/day
+    check 'a folder at the computer' "$(ls "$dir/media/mmcblk1p1/DCIM")" ''
+    refused 1 'a folder that is not on the card' --unit "$dir" usb move ../../dev
     unit usb detach
+    refused 1 'a folder without a computer' --unit "$dir" usb move DCIM
     check 'detached' "$(head -c 29 "$dir/sys/class/extcon/ci_hdrc.0/state" | tail -c 1)" 0
     unit camera lost
     check 'a lost camera' "$(test -e "$dir/dev/video0" || echo gone)" gone
@@ -245,6 +257,21 @@ test_commands()
     refused 2 'an impossible number of times' --unit "$dir" command df fail 0
 }
 
+test_rough()
+{
+    local sound
+    unit command umount ok
+    sound=$(unit status)
+    unit rough
+    unit board nonsense 11 0
+    unit camera size 640x480
+    unit card error EIO once
+    unit command sync missing
+    check 'rough: mount' "$(unit status | grep -c '2.5 s after')" 1
+    unit smooth
+    check 'smooth leaves nothing' "$(unit status)" "$sound"
+}
+
 # poweroff ends the application of this folder, no other one's. A shell under its name plays it.
 test_poweroff()
 {
@@ -276,6 +303,7 @@ test_late_mount
 test_devices
 test_stand_ins
 test_commands
+test_rough
 test_poweroff
 check 'nothing else in the working folder' "$(find "$work" -mindepth 1 -maxdepth 1 -printf '%f\n' | sort | tr '\n' ' ')" \
     'err other out tubix4 unit '
