@@ -88,6 +88,25 @@ card_mountable()
     [ "$(kept slot in)" = out ] || card_is_mounted || card_mount
 }
 
+card_slow()
+{
+    [[ $1 =~ ^[0-9]{1,4}$ ]] || misused "card slow: '$1' is no time in milliseconds; 0 to 9999"
+    keep card_slow "$((10#$1))"
+}
+
+# card_error EIO|ENOSPC|EROFS|none [once]
+card_error()
+{
+    case $1 in
+    none) expect 1 "$@" && rm -f "$state/card_error" ;;
+    EIO | ENOSPC | EROFS)
+        [ "${*:2}" = once ] || expect 1 "$@"
+        keep card_error "$*"
+        ;;
+    *) misused "card error: unknown value '$1'; EIO, ENOSPC, EROFS, none" ;;
+    esac
+}
+
 card_corrupt()
 {
     local lines=(' mmcblk1: p1')
@@ -136,13 +155,19 @@ card_place()
 sd_card()
 {
     case ${1:-} in
-    delay)
+    delay | slow)
         expect 2 "$@"
         "card_$1" "$2"
+        ;;
+    error)
+        [ $# -ge 2 ] || misused "card error needs a value; see $tool --help"
+        card_error "${@:2}"
         ;;
     *)
         expect 1 "$@"
         case $1 in
+        readonly) card_error EROFS ;;
+        writable) card_error none ;;
         insert | remove | corrupt | full | empty | status | unmountable | mountable) "card_$1" ;;
         *) misused "card: unknown value '$1'; see $tool --help" ;;
         esac

@@ -94,6 +94,7 @@ show_status()
     row backlight "$(cat "$root/$lcd_file")"
     row card "$(card_status)"
     row 'card mount' "$(mount_text)"
+    row 'card writes' "$(kept card_slow 0) ms each, $(kept card_error 'no error')"
     row usb "$usb_text${offered:+, mass storage offered}"
     row commands "$(stand_ins_text)"
     row wifi "$(kept wifi hotspot)"

@@ -34,6 +34,12 @@ public:
                                  QStringList{QStringLiteral("--unit"), m_folder.path()} + command) == 0;
     }
 
+    // The same with a command as it is typed: "card delay 2.5".
+    bool control(QLatin1StringView command) const
+    {
+        return control(QString(command).split(QLatin1Char(' ')));
+    }
+
     QByteArray content(const QString &unitPath) const
     {
         QFile file(unit::path(unitPath));

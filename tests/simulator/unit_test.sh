@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Tests the control tool of the simulated unit and the stand-ins. Usage: unit_test.sh SOURCE_FOLDER TEMPORARY_FOLDER
+# Tests the control tool of the simulated unit and the stand-ins.
+# Usage: unit_test.sh SOURCE_FOLDER TEMPORARY_FOLDER LIBRARY (the one that makes a card slow or fail)
 set -euo pipefail
 export LC_ALL=C
 
 source_folder=$1
+library=$3
 work=$(mktemp -d -p "$2" 'unit test.XXXXXX') # the blank in the name is part of the test
 trap 'rm -rf "$work"' EXIT
 dir=$work/unit
@@ -126,6 +128,13 @@ test_board()
     unit meter 7
     unit battery back
     check 'a lost board keeps counting' "$(registers 4 2)" ' 2 188 '
+    unit board skip
+    check 'an access fails' "$(dd if="$dir/dev/i2c-4" bs=1 count=1 iflag=nonblock status=none 2>/dev/null | wc -c)" 0
+    check 'the next one does not' "$(eventually test -f "$dir/dev/i2c-4" && registers 4 2)" ' 2 188 '
+    unit board nonsense 11 255
+    check 'a senseless register' "$(registers 11 1)" ' 255 '
+    unit board back
+    check 'a sensible one' "$(registers 11 1)" ' 2 '
     unit head mini
     check 'no equaliser lock with the mini module' "$(registers 10 1)" ' 0 '
 
@@ -198,11 +207,42 @@ test_late_mount()
     unit card delay 0
 }
 
+# on_card COMMAND...: as a program under the library finds the card; says what went wrong.
+on_card()
+{
+    (cd "$dir/media/mmcblk1p1" && LD_PRELOAD=$library "$@" 2>&1) | sed 's/.*: //'
+}
+
+test_card_faults()
+{
+    local file=$dir/media/mmcblk1p1/file
+    unit card error ENOSPC once
+    check 'no room for data' "$(on_card dd if=/dev/zero of="$file" bs=9 count=1 status=none)" 'No space left on device'
+    check 'a name without data' "$(stat -c %s "$file")" 0
+    check 'room again' "$(on_card dd if=/dev/zero of="$file" bs=9 count=1 status=none; stat -c %s "$file")" 9
+    unit card readonly
+    check 'read-only: a new file' "$(on_card dd of="$file.2" if=/dev/null)" 'Read-only file system'
+    check 'read-only: a folder' "$(on_card mkdir "$file.2")" 'Read-only file system'
+    check 'read-only: a name' "$(on_card mv "$file" "$file.2")" 'Read-only file system'
+    check 'reading goes on' "$(on_card cat "$file" | wc -c)" 9
+    check 'the rest of the unit can be written' "$(on_card mkdir "$dir/tmp/folder")" ''
+    unit card writable
+    unit card slow 9999
+    check 'a slow write' "$(on_card timeout 0.3 dd if=/dev/zero of="$file.2" bs=9 count=1 status=none; stat -c %s "$file.2")" 0
+    unit card slow 0
+    unit card empty
+}
+
 test_devices()
 {
     unit usb attach
     check 'the host is the 29th character' "$(head -c 29 "$dir/sys/class/extcon/ci_hdrc.0/state" | tail -c 1)" 1
+    mkdir -p "$dir/media/mmcblk1p1/DCIM/day"
+    unit usb move DCIM/day
+    check 'a folder at the computer' "$(ls "$dir/media/mmcblk1p1/DCIM")" ''
+    refused 1 'a folder that is not on the card' --unit "$dir" usb move ../../dev
     unit usb detach
+    refused 1 'a folder without a computer' --unit "$dir" usb move DCIM
     check 'detached' "$(head -c 29 "$dir/sys/class/extcon/ci_hdrc.0/state" | tail -c 1)" 0
     unit camera lost
     check 'a lost camera' "$(test -e "$dir/dev/video0" || echo gone)" gone
@@ -245,6 +285,21 @@ test_commands()
     refused 2 'an impossible number of times' --unit "$dir" command df fail 0
 }
 
+test_rough()
+{
+    local sound
+    unit command umount ok
+    sound=$(unit status)
+    unit rough
+    unit board nonsense 11 0
+    unit camera size 640x480
+    unit card error EIO once
+    unit command sync missing
+    check 'rough: mount' "$(unit status | grep -c '2.5 s after')" 1
+    unit smooth
+    check 'smooth leaves nothing' "$(unit status)" "$sound"
+}
+
 # poweroff ends the application of this folder, no other one's. A shell under its name plays it.
 test_poweroff()
 {
@@ -273,9 +328,11 @@ test_usage
 test_board
 test_card
 test_late_mount
+test_card_faults
 test_devices
 test_stand_ins
 test_commands
+test_rough
 test_poweroff
 check 'nothing else in the working folder' "$(find "$work" -mindepth 1 -maxdepth 1 -printf '%f\n' | sort | tr '\n' ' ')" \
     'err other out tubix4 unit '
