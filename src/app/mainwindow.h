@@ -67,7 +67,6 @@ signals:
     void BusyIndicator(bool on);
     void ProcessSystemShutdown();
     void SDCardRemoved();
-    void RecordingEnds(); // before the film is closed, unless its card was pulled
 
 public slots:
     void onProcessSystemShutdown();               // mw_system.cpp
@@ -210,6 +209,7 @@ private:
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
     void noteDamage(const QString &description); // empty: takes the shown one off
+    void abandonCatalog();                       // with all that stands above it; nothing is noted
 
     // --- mw_editor.cpp: the picture editor ---
     void createEditorScene();
@@ -253,6 +253,7 @@ private:
     void displaySelectedFilm();
     void displaySelectedPicture();
     void placePicture(const QRect &place);
+    void allowEditing(bool allowed); // of the selected file, if there is a picture of it
     void hideFileButtons();
     void showLiveTopBar(bool shown);
     void leaveBrowser();
@@ -327,6 +328,7 @@ private:
     QImage tmpQimage;                                // the picture last shown
     std::array<QListWidgetItem, 12> g_ListItemArray; // of one page; the list only borrows them
     qint32 g_selectedItemFileIndex = 0;              // in g_FileListing
+    bool m_selectedFileIsReadable = false;
     qint32 nFrame = 0;
     eMainStates g_MainState = eStateLive;
     eMainStates g_prevMainState = eStateLive;

@@ -19,9 +19,7 @@ void MainWindow::on_btn_DamageCatelog_clicked()
     ActivateMSDC(false);
 
     DamageCatelog catalog(this);
-    // The film may end under the open dialog: the card is pulled or full, or cannot be written.
     connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
-    connect(this, &MainWindow::RecordingEnds, &catalog, &DamageCatelog::abandon);
     catalog.init();
     catalog.exec();
     if (catalog.returnValue)
@@ -48,4 +46,11 @@ void MainWindow::noteDamage(const QString &description)
     settings.bDamageCatelogAnnotationActive = true;
     settings.currDamageCatelogMeterCount = settings.MeterCount;
     UpdateEventLog(eEventDamageCatelogChange, description);
+}
+
+// The film may end under the open dialog: the card is full or cannot be written.
+void MainWindow::abandonCatalog()
+{
+    if (auto *catalog = findChild<DamageCatelog *>())
+        catalog->abandon();
 }

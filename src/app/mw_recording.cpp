@@ -94,7 +94,7 @@ void MainWindow::continueInNextFilm()
 
 void MainWindow::enterLiveTerminateSavingMovie()
 {
-    emit RecordingEnds();
+    abandonCatalog();
     emit BusyIndicator(true);
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     // Waited for: what comes now reads the closed film.
