@@ -30,9 +30,9 @@ bool isRunning(eGstreamerState state)
 // The buttons that must not act on a file that plays.
 void MainWindow::setPlaybackButtonsEnabled(bool enabled)
 {
-    for (QWidget *button : {ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailFileRename,
-                            ui->btn_menu_ThumbnailEditImage})
+    for (QWidget *button : {ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailFileRename})
         button->setEnabled(enabled);
+    allowEditing(enabled);
 }
 
 void MainWindow::stopPlayback()
@@ -93,12 +93,13 @@ void MainWindow::enterPlaybackMoviePaused()
 {
     gst_PauseVideoFilePipeline();
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
-    ui->btn_menu_ThumbnailEditImage->setEnabled(true); // the frame that stands can be marked
+    allowEditing(true); // of the frame that stands
 }
 
 void MainWindow::followFilm()
 {
     if (g_FilmFrameReady) {
+        m_selectedFileIsReadable = true; // whatever its first frame was like
         tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
         ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
     }

@@ -40,11 +40,11 @@ void MainWindow::showNoteButtons()
 
 void MainWindow::setNoteRecordingButtonsEnabled(bool enabled)
 {
-    for (QWidget *button :
-         {ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious, ui->btn_menu_ThumbnailBack,
-          ui->btn_menu_ThumbnailDeleteImage, ui->btn_menu_ThumbnailDeleteAudio,
-          ui->btn_menu_ThumbnailFileRename, ui->btn_menu_ThumbnailEditImage})
+    for (QWidget *button : {ui->btn_menu_ThumbnailNext, ui->btn_menu_ThumbnailPrevious,
+                            ui->btn_menu_ThumbnailBack, ui->btn_menu_ThumbnailDeleteImage,
+                            ui->btn_menu_ThumbnailDeleteAudio, ui->btn_menu_ThumbnailFileRename})
         button->setEnabled(enabled);
+    allowEditing(enabled);
 }
 
 void MainWindow::enterPlaybackSnapshotRecordingAudio()
