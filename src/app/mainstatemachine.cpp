@@ -81,7 +81,7 @@ ScreenFacts MainWindow::screenFacts() const
     const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
     facts.isVideo = file.isVideo;
     facts.isAnnotated = file.annotated;
-    facts.isReadable = m_selectedIsReadable;
+    facts.isReadable = m_selectedFileIsReadable;
     facts.hasMicrophone = settings.bMicrophoneActive;
     facts.goesOut = genericDelayTimer->isActive();
     facts.hasMiniModule = settings.MiniModulePresent;

@@ -33,6 +33,9 @@ MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent, Qt::FramelessWindowHint), ui(std::make_unique<Ui::MainWindow>())
 {
     ui->setupUi(this);
+    // The list's own sheet gives rgb() an alpha, which the toolkit no longer reads.
+    ui->listW_ThumbnailViewer->viewport()->setStyleSheet(
+        QStringLiteral("QWidget { background-color: rgba(164, 164, 164, 50%); }"));
     setWindowState(Qt::WindowFullScreen); // after the form, whose size would end it
     for (const WidgetRule &rule : widgetRules())
         m_screenWidgets.push_back({findChild<QWidget *>(QString::fromLatin1(rule.widget)), &rule});

@@ -188,8 +188,8 @@ private:
     void announceCard(const messagelog::Batch &batch);
 
     // --- mw_filesystem.cpp: card states, stills ---
-    void takeCard();     // looks whether it is mounted; then it is ours
-    void useCard();      // its folders, its upgrade, and the host
+    void takeCard();      // looks whether it is mounted; then it is ours
+    void useCard();       // its folders, its upgrade, and the host
     void refreshFolder(); // the current folder gets what it lacks, and is listed
     void offerUpgrade();
     void endCardEvent(eMainStates event, eMainStates previous);
@@ -221,10 +221,10 @@ private:
 
     // --- mw_editor.cpp: the picture editor ---
     void createEditorScene();
-    void showTool(int mode);       // an eMode: its button's picture active, the others not
-    bool saveEditedImage();        // false: nothing was written, the drawing stays
-    void leaveEditor();            // asks for unsaved edits, then back to the file
-    void closeEditor();            // at once, whatever is in it; nothing to do when it is not open
+    void showTool(int mode); // an eMode: its button's picture active, the others not
+    bool saveEditedImage();  // false: nothing was written, the drawing stays
+    void leaveEditor();      // asks for unsaved edits, then back to the file
+    void closeEditor();      // at once, whatever is in it; nothing to do when it is not open
 
     // --- buttonrouting.cpp ---
     void route(eEventLogOperation operation, const char *text, eMainStates next); // log, then change
@@ -301,6 +301,7 @@ private:
     QImage tmpQimage;                                // the picture last shown
     std::array<QListWidgetItem, 12> g_ListItemArray; // of one page; the list only borrows them
     qint32 g_selectedItemFileIndex = 0;              // in g_FileListing
+    bool m_selectedFileIsReadable = false;
     qint32 nFrame = 0;
     eMainStates g_MainState = eStateLive;
     eMainStates g_prevMainState = eStateLive;
@@ -318,11 +319,10 @@ private:
         const WidgetRule *rule;
     };
     std::vector<ScreenWidget> m_screenWidgets;
-    TouchGuard *m_touches = nullptr; // child of the window
-    ScreenKind m_screen = ScreenKind::Live;  // the one that is shown
+    TouchGuard *m_touches = nullptr;        // child of the window
+    ScreenKind m_screen = ScreenKind::Live; // the one that is shown
     bool m_isBusy = false;
     bool m_hasPicture = false;
-    bool m_selectedIsReadable = true;
     bool m_isCatalogOpen = false;
     bool m_batteryIsCritical = false;
 

@@ -5,6 +5,7 @@
 #include "app/graphics.h"
 #include "dialogs/editorscene.h"
 #include "film/firstframe.h"
+#include "film/picturefile.h"
 #include "film/thumbnail.h"
 #include "media/gst_audioplayback.h"
 #include "media/gst_videoinput.h"
@@ -14,6 +15,7 @@
 #include "storage/capturefiles.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/sdcard.h"
 
 #include <QTimer>
 
@@ -21,6 +23,7 @@ namespace {
 
 constexpr QRect kFilmPlace(80, 24, 720, 576);
 constexpr QRect kPicturePlace(80, 0, 720, 600); // with the brand band
+constexpr QSize kFinestPicture(1440, 1200);     // twice what the screen shows
 constexpr int kShownCharacters = 18;
 
 QString hostPathInFolder(const QString &fileName)
@@ -32,12 +35,14 @@ QString hostPathInFolder(const QString &fileName)
 QImage thumbnailOf(const sSnakeFileInfo &file)
 {
     const QString path = hostPathInFolder(file.fileName);
-    const QImage picture =
+    QImage picture =
         file.isVideo ? filmThumbnail(path, hostPathInFolder(capturefiles::storedThumbnailOf(file.fileName)))
-                     : pictureThumbnail(path);
+                     : readSmallPicture(path, kThumbnailWidth);
     if (picture.isNull()) {
-        const QImage error(graphic("popup_image_error.png"));
-        return file.isVideo ? error : error.scaledToWidth(kThumbnailWidth);
+        picture = QImage(graphic("popup_image_error.png"));
+        if (file.isVideo)
+            return picture;
+        picture = picture.scaledToWidth(kThumbnailWidth);
     }
     if (file.isVideo)
         return withMark(picture, QImage(graphic("file_avi.png")));
@@ -197,9 +202,10 @@ void MainWindow::placePicture(const QRect &place)
 void MainWindow::displaySelectedFilm()
 {
     const QImage frame = firstFrameOfFilm(hostPathInFolder(g_SavedFSInfo.currSelectedFile));
-    if (!frame.isNull())
-        tmpQimage = frame;
-    // A film that cannot be read keeps the picture shown before it.
+    m_selectedFileIsReadable = !frame.isNull();
+    // A film that cannot be read keeps the picture that the page has of it.
+    tmpQimage =
+        m_selectedFileIsReadable ? frame : thumbnailOf(g_FileListing[size_t(g_selectedItemFileIndex)]);
     placePicture(kFilmPlace);
     ui->labelInputVideo->setPixmap(QPixmap::fromImage(tmpQimage));
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
@@ -210,9 +216,10 @@ void MainWindow::displaySelectedFilm()
 void MainWindow::displaySelectedPicture()
 {
     placePicture(kPicturePlace);
-    const QPixmap picture(hostPathInFolder(g_SavedFSInfo.currSelectedFile));
-    m_selectedIsReadable = !picture.isNull();
-    ui->labelInputVideo->setPixmap(m_selectedIsReadable ? picture : QPixmap(graphic("popup_image_error.png")));
+    const QImage picture = readPicture(hostPathInFolder(g_SavedFSInfo.currSelectedFile), kFinestPicture);
+    m_selectedFileIsReadable = !picture.isNull();
+    ui->labelInputVideo->setPixmap(m_selectedFileIsReadable ? QPixmap::fromImage(picture)
+                                                            : QPixmap(graphic("popup_image_error.png")));
     showNoteButton();
     ChangeMainState(eStatePlaybackSnapshot);
 }
@@ -234,7 +241,8 @@ void MainWindow::leaveBrowser()
 {
     emit BusyIndicator(false);
     placePicture(kFilmPlace);
-    showCurrentFolder();
+    if (m_card == Card::Taken)
+        showCurrentFolder();
     ChangeMainState(eStateLive);
     buildLivePicture();
     showLivePicture();

@@ -98,8 +98,7 @@ bool MainWindow::usbHostIsAttached() const
 // While we work on the card no host is asked for: it does not get it.
 void MainWindow::checkUsbHost()
 {
-    if (factsOf(g_MainState).card == CardUse::Free &&
-        usbHostIsAttached() != (g_MainState == eStateUsbActive))
+    if (factsOf(g_MainState).card == CardUse::Free && usbHostIsAttached() != (g_MainState == eStateUsbActive))
         announce(UnitEvent::UsbChanged);
 }
 

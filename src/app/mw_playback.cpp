@@ -78,6 +78,7 @@ void MainWindow::enterPlaybackMoviePaused()
 void MainWindow::followFilm()
 {
     if (g_FilmFrameReady) {
+        m_selectedFileIsReadable = true; // whatever its first frame was like
         tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
         ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
     }

@@ -23,7 +23,7 @@
 
 namespace {
 
-constexpr int kCardCheckTicks = 15;    // frames between two looks at the card's room and the film's size
+constexpr int kCardCheckTicks = 15;     // frames between two looks at the card's room and the film's size
 constexpr qint64 kLongestStart = 12000; // ms to a film's first picture: a slow camera and a mute microphone
 
 QString thumbnailOf(const QString &film)

@@ -61,7 +61,7 @@ bool TouchGuard::eventFilter(QObject *watched, QEvent *event)
         return false;
     if (isPress(*event))
         m_isDropping = !countsNow();
-    const bool isTouch = isPress(*event) || event->type() == QEvent::MouseMove ||
-                         event->type() == QEvent::MouseButtonRelease;
+    const bool isTouch =
+        isPress(*event) || event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease;
     return isTouch && m_isDropping;
 }

@@ -21,7 +21,9 @@ UnitApplication::UnitApplication(int &argc, char **argv) : debounce(withFixedPix
 }
 
 RunningUnit::RunningUnit(UnitApplication &application)
-    : m_watchdog([] { return servicemanager::Frames{gst_FramesAreExpected(), nBuffers}; })
+    : m_watchdog([] {
+          return servicemanager::Frames{gst_FramesAreExpected(), nBuffers};
+      })
 {
     QObject::connect(&application, &debounce::ProcessSystemShutdown, &window,
                      &MainWindow::onProcessSystemShutdown);

@@ -160,10 +160,9 @@ bool notWhileNoteIsRecorded(Facts f)
 }
 
 constexpr std::array kRules = {
-    WidgetRule{"frm_LiveMenuButtons_Left", anyLive,
-               [](Facts f) {
-                   return f.state != eStateCaptureWindowEntry && f.state != eStateLiveSavingStill;
-               }},
+    WidgetRule{
+        "frm_LiveMenuButtons_Left", anyLive,
+        [](Facts f) { return f.state != eStateCaptureWindowEntry && f.state != eStateLiveSavingStill; }},
     WidgetRule{"btn_menu_LED_plus", nullptr, lightAndZoom},
     WidgetRule{"btn_menu_LED_minus", nullptr, lightAndZoom},
     WidgetRule{"btn_menu_zoom_plus", nullptr, lightAndZoom},

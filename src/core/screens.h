@@ -21,7 +21,7 @@ struct ScreenFacts
     int pages = 1;
     bool isVideo = false;
     bool isAnnotated = false; // has a voice note
-    bool isReadable = true; // its picture or first frame
+    bool isReadable = true;   // its picture or first frame
     bool hasMicrophone = true;
     bool goesOut = false; // the film's pipeline gets its time to go
 

@@ -23,6 +23,7 @@ void ColorPicker::init()
 
 void ColorPicker::preview(const QColor &color)
 {
+    ui->lbl_ColorPicker_Curr_Color->ensurePolished(); // later its sheet would take the palette of the window
     QPalette palette = ui->lbl_ColorPicker_Curr_Color->palette();
     palette.setBrush(QPalette::Window, QBrush(color, Qt::SolidPattern));
     ui->lbl_ColorPicker_Curr_Color->setPalette(palette);

@@ -3,13 +3,21 @@
 #include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
+namespace {
+
+constexpr double kMostPixels = 16 << 20; // held four times on the way
+
+} // namespace
+
 extern "C" __attribute__((visibility("default"))) bool
 tubixFilmFirstFrame(const char *path, FilmFrameTaker take, void *context) noexcept
 try {
     // This back end alone: the one for images takes TUBX0001.avi for a numbered series.
     cv::VideoCapture film(path, cv::CAP_FFMPEG);
     cv::Mat frame;
-    if (!film.isOpened() || !film.read(frame) || frame.empty())
+    if (!film.isOpened() ||
+        film.get(cv::CAP_PROP_FRAME_WIDTH) * film.get(cv::CAP_PROP_FRAME_HEIGHT) > kMostPixels ||
+        !film.read(frame) || frame.empty())
         return false;
     cv::Mat rgb;
     cv::cvtColor(frame, rgb, cv::COLOR_BGR2RGB);

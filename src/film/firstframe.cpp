@@ -1,7 +1,9 @@
 #include "film/firstframe.h"
 
 #include "film/filmmodule.h"
+#include "film/picturefile.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QFile>
 #include <QLibrary>
@@ -10,6 +12,8 @@
 namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.film")
+
+constexpr qint64 kWhereItBegins = 256 * 1024; // bytes: the first picture's headers lie in them
 
 using FirstFrame = decltype(&tubixFilmFirstFrame);
 
@@ -35,13 +39,28 @@ void takeCopy(void *context, const unsigned char *pixels, int width, int height,
     *static_cast<QImage *>(context) = QImage(pixels, width, height, stride, QImage::Format_RGB888).copy();
 }
 
+// The reader decodes a picture before it tells how large they are.
+bool hasLargePictures(const QString &hostPath)
+{
+    QFile film(hostPath);
+    if (!film.open(QIODevice::ReadOnly))
+        return false;
+    QByteArray start = film.read(kWhereItBegins);
+    const qsizetype picture = start.indexOf("\xff\xd8\xff");
+    QBuffer buffer(&start);
+    if (picture < 0 || !buffer.open(QIODevice::ReadOnly) || !buffer.seek(picture))
+        return false;
+    const std::optional<JpegFrame> frame = readJpegFrame(buffer);
+    return frame && frame->pixels > kMostPixelsHeld;
+}
+
 } // namespace
 
 QImage firstFrameOfFilm(const QString &hostPath)
 {
     static const FirstFrame firstFrame = loadModule();
     QImage frame;
-    if (firstFrame)
+    if (firstFrame && !hasLargePictures(hostPath))
         firstFrame(QFile::encodeName(hostPath).constData(), takeCopy, &frame);
     return frame;
 }

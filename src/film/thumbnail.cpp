@@ -1,38 +1,23 @@
 #include "film/thumbnail.h"
 
 #include "film/firstframe.h"
+#include "film/picturefile.h"
 
 #include <QDateTime>
 #include <QFileInfo>
-#include <QImageReader>
 #include <QPainter>
 
 namespace {
 
 constexpr QPoint kMarkCentre(64, 48);
-constexpr int kFastScaling = 40; // below 50 the reader scales without smoothing
 
 } // namespace
-
-QImage pictureThumbnail(const QString &hostPath)
-{
-    QImageReader reader(hostPath);
-    const QSize size = reader.size();
-    if (size.isEmpty()) {
-        const QImage picture = reader.read(); // a format that tells its size only when it is read
-        return picture.isNull() ? QImage() : picture.scaledToWidth(kThumbnailWidth);
-    }
-    reader.setScaledSize(
-        {kThumbnailWidth, qMax(1, qRound(double(kThumbnailWidth) * size.height() / size.width()))});
-    reader.setQuality(kFastScaling);
-    return reader.read();
-}
 
 QImage filmThumbnail(const QString &hostFilm, const QString &hostStored)
 {
     const QFileInfo stored(hostStored);
     if (stored.exists() && stored.lastModified() >= QFileInfo(hostFilm).lastModified()) {
-        if (const QImage picture = pictureThumbnail(hostStored); !picture.isNull())
+        if (const QImage picture = readSmallPicture(hostStored, kThumbnailWidth); !picture.isNull())
             return picture;
     }
     const QImage frame = firstFrameOfFilm(hostFilm);

@@ -10,8 +10,5 @@ inline constexpr int kThumbnailWidth = 128;
 // instead when it is there and not older than the film, which saves opening the film. Null: cannot be read.
 QImage filmThumbnail(const QString &hostFilm, const QString &hostStored);
 
-// The picture at `hostPath`, kThumbnailWidth wide; never decoded at full size. Null: cannot be read.
-QImage pictureThumbnail(const QString &hostPath);
-
 // `picture` with `mark` on it, centred on the point (64, 48), at the mark's own size.
 QImage withMark(const QImage &picture, const QImage &mark);

@@ -52,9 +52,9 @@ std::optional<FilmSync> g_filmSync; // of the film that is being recorded
 
 constexpr gint64 kCurrentPicture = G_USEC_PER_SEC; // microseconds: an older frame is not of this moment
 
-qint32 g_framesBefore = 0;                     // nBuffers at the build of the pipeline that lives
-std::atomic<gint64> g_lastFrameTime = 0;       // microseconds, monotonic; streaming thread
-std::atomic<bool> g_filmHasPicture = false;    // streaming thread
+qint32 g_framesBefore = 0;                  // nBuffers at the build of the pipeline that lives
+std::atomic<gint64> g_lastFrameTime = 0;    // microseconds, monotonic; streaming thread
+std::atomic<bool> g_filmHasPicture = false; // streaming thread
 bool g_filmFileFailed = false;
 
 GstElement *lookUp(const char *name)

@@ -11,7 +11,6 @@ tSDcardInfo SDCardInfo;
 
 namespace {
 
-
 constexpr double kGibibytesOfKilobyte = 9.536743e-7;
 
 QString gibibytes(quint64 kilobytes)
@@ -51,7 +50,8 @@ bool mountTableShowsCard()
     QFile table(unit::path(QStringLiteral("/proc/mounts")));
     // Such a file tells no size: it is read to its end.
     return table.open(QIODevice::ReadOnly) &&
-           table.readAll().contains((kCardDevice + QLatin1Char(' ') + kCardMountPoint + QLatin1Char(' ')).toUtf8());
+           table.readAll().contains(
+               (kCardDevice + QLatin1Char(' ') + kCardMountPoint + QLatin1Char(' ')).toUtf8());
 }
 
 void getSDCardInfo()

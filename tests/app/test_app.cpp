@@ -9,6 +9,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QLabel>
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QSet>
 #include <QSignalSpy>
@@ -334,6 +335,37 @@ private slots:
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.exitCode(), 0);
         QVERIFY(!QFileInfo::exists(unit::path(u"/run/tubix4.pid"_s)));
+    }
+
+    // Whoever connects by number finds what has always stood there.
+    void signalsAndSlotsKeepTheirNumbers()
+    {
+        const QByteArray order =
+            "initShutdownTimer resetAutoShutdownTimer BusyIndicator ProcessSystemShutdown SDCardRemoved "
+            "onProcessSystemShutdown onClearPictureEditorButtons onBusyIndicator doNextFrame systemCheck "
+            "setSystemDateTime popUpExpired shutdownTimerExpired genericDelayTimerExpired "
+            "onRecordAudioTimerExpired onLogfileChanged onDirectoryChanged menu_CaptureModeSelect menu_Tools "
+            "menu_BackButton menu_Capture menu_zoom_minus menu_Thumbnails menu_ThumbnailNext "
+            "menu_ThumbnailPrevious menu_ThumbnailNextPage menu_ThumbnailPreviousPage menu_ThumbnailBack "
+            "on_listW_ThumbnailViewer_clicked menu_ThumbnailVideoPlayPause menu_ThumbnailDeleteImage "
+            "menu_ThumbnailDeleteAudio menu_LED_plus menu_LED_minus menu_ThumbnailFileRename menu_zoom_plus "
+            "menu_FolderOptions menu_ThumbnailAnnotateRecordPlayPause DamageCatelog tools_SetDate "
+            "tools_SetTime tools_DateTimeStamp menu_ThumbnailEditImage menu_ThumbnailImageEditBack "
+            "menu_ThumbnailImageEditArrow menu_ThumbnailImageEditCircle menu_ThumbnailImageEditDeleteItem "
+            "menu_ThumbnailImageEditSave tools_Auto_On_Off tools_LCD_Backlight tools_Set_Language "
+            "tools_WiFI_Hotspot_On_Off tools_WiFI_Settings tools_Select_Camera_Type tools_Set_UnitofMeasure "
+            "tools_Microphone_On_Off tools_Format_Media menu_ThumbnailImageEditText "
+            "tools_Network_Streaming_On_Off tools_Reset_Meter_Counter tools_Reset_Damage_Catelog "
+            "menu_ThumbnailImageEditColor tools_ExitApplication menu_UnmountMedia";
+        const QMetaObject &meta = MainWindow::staticMetaObject;
+        QByteArrayList names;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+            QByteArray name = meta.method(i).name();
+            if (name.startsWith("on_btn_") && name.endsWith("_clicked"))
+                name = name.sliced(7, name.size() - 15);
+            names << name;
+        }
+        QCOMPARE(names.join(' '), order);
     }
 
     void wrongUseIsOneLine_data()

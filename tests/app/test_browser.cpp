@@ -45,6 +45,14 @@ QByteArray picture(Qt::GlobalColor colour)
     return bytes;
 }
 
+// A small file whose header promises 900 megapixels.
+QByteArray hugePicture()
+{
+    QByteArray bytes = picture(Qt::red);
+    bytes.replace(bytes.indexOf("\xff\xc0") + 5, 4, "\x75\x30\x75\x30");
+    return bytes;
+}
+
 int descriptors()
 {
     return int(QDir(u"/proc/self/fd"_s).count());
@@ -114,6 +122,11 @@ public:
         for (int i = 0; i < list->count(); ++i)
             names << list->item(i)->text();
         return names;
+    }
+
+    QImage icon(int index) const
+    {
+        return window.findChild<QListWidget *>()->item(index)->icon().pixmap(128, 96).toImage();
     }
 
     // What the person looks at, grabbed.
@@ -264,6 +277,18 @@ private slots:
         QVERIFY(g_gst_Pipeline.pipeline);
     }
 
+    void behindAPulledCardLiveViewNamesNoFolder()
+    {
+        Browser screen;
+        screen.addPictures(1);
+        screen.touchAt(kThumbnails);
+        screen.folder.control({u"card"_s, u"remove"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.isVisible("frm_ThumbnailViewer"), 15000);
+        screen.touchAt(kBack);
+        QVERIFY(screen.isVisible("frm_LiveMenuButtons_Left"));
+        QVERIFY(!screen.isVisible("lbl_CurrentFilenameandPath"));
+    }
+
     void everyKindOfFileIsShownOrMarkedAsBad()
     {
         Browser screen;
@@ -271,12 +296,18 @@ private slots:
         screen.add(u"TUBX0001.wav"_s, "note");
         screen.addFilm(u"TUBX0002.avi"_s, u"1"_s, false);
         screen.add(u"TUBX0003.jpg"_s, "no picture");
+        screen.add(u"TUBX0003.wav"_s, "note");
         screen.add(u"TUBX0004.avi"_s, "no film");
+        screen.add(u"TUBX0005.jpg"_s, hugePicture());
         screen.add(u"TUBX0012.AVI"_s, "listed as a picture");
         screen.add(u"\u4e80\u88c2.jpg"_s, picture(Qt::blue));
         screen.touchAt(kThumbnails);
-        QCOMPARE(screen.page(), (QStringList{u"TUBX0001.jpg"_s, u"TUBX0002.avi"_s, u"TUBX0003.jpg"_s,
-                                             u"TUBX0004.avi"_s, u"TUBX0012.AVI"_s, u"\u4e80\u88c2.jpg"_s}));
+        QCOMPARE(screen.page(),
+                 (QStringList{u"TUBX0001.jpg"_s, u"TUBX0002.avi"_s, u"TUBX0003.jpg"_s, u"TUBX0004.avi"_s,
+                              u"TUBX0005.jpg"_s, u"TUBX0012.AVI"_s, u"\u4e80\u88c2.jpg"_s}));
+        QVERIFY(screen.icon(2) != screen.icon(4)); // one of the two bad pictures has a note
+        // The ground of the list lets half of what is under it through.
+        QCOMPARE(screen.window.grab().toImage().pixelColor(152, 146), QColor(88, 90, 92));
         screen.select(0);
         QCOMPARE(screen.text("lbl_CurrentFilenameandPath").right(13), u"/TUBX0001.jpg"_s);
         QCOMPARE(screen.text("lbl_CurrentFilenameandPath").size(), 21);
@@ -290,10 +321,19 @@ private slots:
         screen.touchAt(kSecondSlot); // the bad picture: shown as such, not to be edited
         QVERIFY(screen.shown() != film);
         QVERIFY(!screen.isTouchable("btn_menu_ThumbnailEditImage"));
+        screen.touchAt(kSecondSlot); // the bad film: never with another's picture
+        QVERIFY(screen.isTouchable("btn_menu_ThumbnailVideoPlayPause"));
+        QVERIFY(screen.shown() != film);
+        QVERIFY(!screen.isTouchable("btn_menu_ThumbnailEditImage"));
+        screen.touchAt(kSecondSlot); // what nobody can read is not edited after a note, either
+        screen.touchAt(kPlay);
+        screen.touchAt(kPlay);
+        QVERIFY(screen.isTouchable("btn_menu_ThumbnailFileRename"));
+        QVERIFY(!screen.isTouchable("btn_menu_ThumbnailEditImage"));
         for (int i = 0; i < 5; ++i)
             screen.touchAt(kSecondSlot);
         QCOMPARE(screen.shown().pixelColor(360, 300).blue(), 254); // the last one stays
-        QCOMPARE(screen.events().filter(u"12,Next thumbnail"_s).size(), 5);
+        QCOMPARE(screen.events().filter(u"12,Next thumbnail"_s).size(), 6);
     }
 
     void aPictureWithoutNoteAndMicrophoneCannotBeAnnotated()

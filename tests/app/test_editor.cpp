@@ -38,6 +38,17 @@ bool areAlike(const QImage &a, const QImage &b)
     return true;
 }
 
+// A second of grey.
+QByteArray film()
+{
+    QProcess tool;
+    tool.start(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
+                             u"color=gray:size=720x576:rate=25:duration=1"_s, u"-c:v"_s, u"mjpeg"_s, u"-f"_s,
+                             u"avi"_s, u"-"_s});
+    tool.waitForFinished();
+    return tool.readAllStandardOutput();
+}
+
 // The window with a picture of the card in the editor, and a film behind it in the folder.
 struct Editor : Screen
 {
@@ -47,9 +58,10 @@ struct Editor : Screen
         QImage ground(720, 600, QImage::Format_RGB32);
         ground.fill(kGround);
         ground.save(unit::path(inCurrentFolder(u"TUBX0001.jpg"_s)));
-        const QString film = inCurrentFolder(u"TUBX0002.avi"_s);
-        folder.put(film, "film"); // one that cannot be read: it shows the picture before it
-        QFile file(unit::path(film));
+        static const QByteArray content = film();
+        const QString name = inCurrentFolder(u"TUBX0002.avi"_s);
+        folder.put(name, content);
+        QFile file(unit::path(name));
         if (file.open(QIODevice::ReadWrite))
             file.setFileTime(QDateTime::currentDateTime().addDays(1), QFileDevice::FileModificationTime);
         file.close();

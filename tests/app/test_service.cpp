@@ -123,7 +123,8 @@ private slots:
         Manager manager(name);
         Program program(name);
         QTRY_VERIFY_WITH_TIMEOUT(manager.heard().contains("READY=1"), kPatience);
-        QVERIFY(program.output().contains("ready: "));
+        QTRY_VERIFY(program.output().contains("ready: "));
+        QCOMPARE(program.readAllStandardError().count("QCss"), 0); // the look is understood
         const qsizetype first = manager.beats();
         QElapsedTimer time;
         time.start();

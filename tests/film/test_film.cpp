@@ -1,8 +1,11 @@
 #include "film/avirepair.h"
 #include "film/firstframe.h"
+#include "film/picturefile.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
+#include <QImageWriter>
 #include <QMap>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -49,6 +52,23 @@ QByteArray run(const QString &program, const QStringList &arguments)
     process.start(program, arguments);
     process.waitForFinished(60000);
     return process.readAll();
+}
+
+// A little picture whose header tells of another size.
+QByteArray pictureThatSays(QSize size, const QByteArray &format = "jpg", bool inPasses = false)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImage image(16, 16, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QImageWriter writer(&buffer, format);
+    writer.setProgressiveScanWrite(inPasses);
+    writer.write(image);
+    if (const qsizetype frame = bytes.indexOf(inPasses ? "\xff\xc2" : "\xff\xc0"); frame > 0) {
+        qToBigEndian(quint16(size.height()), bytes.data() + frame + 5);
+        qToBigEndian(quint16(size.width()), bytes.data() + frame + 7);
+    }
+    return bytes;
 }
 
 // Sizes and checksums of the packets of each stream, by a tool that is not ours.
@@ -330,6 +350,45 @@ private slots:
             QVERIFY(content(m_path) == bytes);
         }
         QVERIFY(!avirepair::isCutOff(m_folder.filePath(u"none.avi"_s)));
+    }
+
+    void aPictureIsReadOnlyWhenTheUnitCanAffordIt_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("isRead");
+        QTest::newRow("64 megapixels") << pictureThatSays({8000, 8000}) << true;
+        QTest::newRow("900 megapixels") << pictureThatSays({30000, 30000}) << false;
+        QTest::newRow("12 megapixels in passes") << pictureThatSays({4000, 3000}, "jpg", true) << true;
+        QTest::newRow("25 megapixels in passes") << pictureThatSays({5000, 5000}, "jpg", true) << false;
+        QByteArray passes = pictureThatSays({16, 16}, "jpg", true);
+        const qsizetype last = passes.lastIndexOf("\xff\xda");
+        passes.insert(last, passes.sliced(last, passes.size() - last - 2).repeated(200));
+        QTest::newRow("small, in 200 passes") << passes << false;
+        QTest::newRow("a line") << pictureThatSays({1, 65000}) << true;
+        QTest::newRow("of no height") << pictureThatSays({100, 0}) << false;
+        QTest::newRow("torn header") << pictureThatSays({16, 16}).first(170) << false;
+        QTest::newRow("another kind under this name") << pictureThatSays({16, 16}, "png") << false;
+    }
+    void aPictureIsReadOnlyWhenTheUnitCanAffordIt()
+    {
+        QFETCH(const QByteArray, bytes);
+        QFETCH(const bool, isRead);
+        put(m_path, bytes);
+        constexpr QSize box(1440, 1200);
+        const QImage large = readPicture(m_path, box);
+        const QImage small = readSmallPicture(m_path, 128);
+        QCOMPARE(!large.isNull(), isRead);
+        QCOMPARE(!small.isNull(), isRead);
+        QVERIFY(large.width() <= box.width() && large.height() <= box.height());
+        QVERIFY(small.width() <= 128 && small.height() <= 1024);
+    }
+
+    void aFilmOfLargePicturesIsNotOpened()
+    {
+        run(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s, u"-i"_s, u"color=s=5000x4000"_s,
+                          u"-frames:v"_s, u"1"_s, u"-c:v"_s, u"mjpeg"_s, m_path});
+        QVERIFY(QFileInfo(m_path).size() > 0);
+        QVERIFY(firstFrameOfFilm(m_path).isNull());
     }
 };
 
