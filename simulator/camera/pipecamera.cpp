@@ -213,9 +213,7 @@ void follow(Capture &capture)
 {
     const double target = capture.files.meterCount() * 10.0;
     const double way = target - capture.position;
-    if (capture.position < 0 || std::abs(way) > 1500)
-        capture.position = target;
-    else if (std::abs(way) < 0.1)
+    if (capture.position < 0 || std::abs(way) > 1500 || std::abs(way) < 0.1)
         capture.position = target;
     else
         capture.position += way * 0.22;
