@@ -47,6 +47,7 @@ card_mount()
 }
 
 # card_usage FOLDER: sets used, available and percent (kilobytes, as df prints them).
+# shellcheck disable=SC2034 # for whoever calls
 card_usage()
 {
     used=$(kept filler 0)

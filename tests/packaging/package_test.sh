@@ -55,9 +55,9 @@ test_dependencies()
         check "the application depends on $package" "$(grep -o "$package" <<<"$depends" | head -n 1)" "$package"
     done
     depends="$depends $(dpkg-deb -f "$unit" Depends)"
-    for package in $(grep -o 'gstreamer1\.0-[a-z-]*' "$source_folder/src/media/boardelements.cpp" | sort -u); do
+    while read -r package; do
         check "a role's package $package" "$(grep -o -- "$package" <<<"$depends" | head -n 1)" "$package"
-    done
+    done < <(grep -o 'gstreamer1\.0-[a-z-]*' "$source_folder/src/media/boardelements.cpp" | sort -u)
 }
 
 test_install()
