@@ -85,6 +85,7 @@ tell_mounts()
 }
 
 # card_usage FOLDER: sets used, available and percent (kilobytes, as df prints them).
+# shellcheck disable=SC2034 # for whoever calls
 card_usage()
 {
     used=$(kept filler 0)

@@ -8,13 +8,15 @@ libraries=(
     libopencv-imgproc-dev libopencv-videoio-dev
     libfontconfig-dev libsystemd-dev
 )
-# What the application needs to run, and what its tests look at files with.
+# What the application needs to run.
 running=(
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-alsa gstreamer1.0-x
     ffmpeg fonts-liberation fonts-noto-cjk
     libqt6gui6 qt6-qpa-plugins procps
 )
-judging=(gstreamer1.0-tools libxml2-utils)
+judging=(gstreamer1.0-tools libxml2-utils) # what finished films and pages are looked at with
+checking=(clang-format git python3 shellcheck) # tools/rules
+linting=(clang-tidy git) # tools/lint
 
 # missing_of PACKAGE...: those that are not there, a line each.
 missing_of()

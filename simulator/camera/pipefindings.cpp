@@ -145,7 +145,7 @@ Findings::Drawing Findings::inlet(uint32_t seed)
     constexpr double kMouth = 48;
     Drawing drawing(760, 140);
     const double x0 = 300, y0 = 70;
-    std::array<double, 48> edge;
+    std::array<double, 48> edge = {};
     for (double &value : edge)
         value = dice.between(-1, 1);
     for (int y = 0; y < drawing.length; ++y) {
@@ -236,7 +236,7 @@ Findings::Drawing Findings::hole(uint32_t seed)
             drawing.spot(x, y, 0.8 * (steps - step) / steps + 0.25, 0.85, 24, -3, 4);
         }
     }
-    std::array<double, 11> corner;
+    std::array<double, 11> corner = {};
     for (double &value : corner)
         value = dice.between(0.72, 1.0);
     for (int y = 0; y < drawing.length; ++y) {

@@ -34,8 +34,8 @@ private:
     // Where it lies: millimetres from the start of the pipe's period and first column.
     struct Place
     {
-        int from;
-        int column;
+        int from = 0;
+        int column = 0;
         size_t drawing = 0;
     };
 

@@ -132,7 +132,7 @@ void Scene::addWater(int x, int y, double dx, double dy, double depth)
     const double across = dx * depth;
     const Hit mirrored = wallFrom(across, kWater, dx, -dy);
     const double steep = dy / std::sqrt(dx * dx + dy * dy + 1);
-    WaterPoint point;
+    WaterPoint point = {};
     // Ripples may lead two rings astray.
     const int at = std::clamp(ring(depth + mirrored.depth), 3, kRings - 4);
     point.mirrored = static_cast<uint32_t>(at * kColumns + column(mirrored));
@@ -203,7 +203,7 @@ void Picture::prepare(double position, double light)
         return;
     m_position = position;
     m_light = light;
-    Row row;
+    Row row = {};
     for (int r = 0; r < kRings; ++r) {
         const double depth = ringDepth(r), length = depth / std::max(r, 1);
         const double amount = r < kInnermost ? 0 : exposed(brightness(depth, light));

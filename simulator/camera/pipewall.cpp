@@ -162,7 +162,7 @@ void Wall::paint()
     const Noise lines(512, 4, 7), lime(16, 16, 8), grit(1024, 1024, 9);
     Level &top = m_levels[0];
     Dice dice(11);
-    std::array<float, kColumns> depth; // how far down a column lies, -1 at the crown to 1 at the bottom
+    std::array<float, kColumns> depth = {}; // how far down a column lies, -1 at the crown to 1 at the bottom
     for (size_t i = 0; i < kColumns; ++i)
         depth[i] = static_cast<float>(std::sin(2 * M_PI * static_cast<double>(i) / kColumns));
     for (int y = 0; y < kTile; ++y) {

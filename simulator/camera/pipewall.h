@@ -61,8 +61,8 @@ private:
     void addJoint(double joint, double from, double length, Row &row) const;
 
     std::array<Level, kLevels> m_levels;
-    std::vector<float> m_profile;          // running sum of a joint's brightness along the pipe
-    std::array<int8_t, kColumns> m_wobble; // of a joint's edge, in quarters of a millimetre
+    std::vector<float> m_profile;               // running sum of a joint's brightness along the pipe
+    std::array<int8_t, kColumns> m_wobble = {}; // of a joint's edge, in quarters of a millimetre
 };
 
 } // namespace pipecam

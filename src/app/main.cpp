@@ -54,7 +54,7 @@ int main(int argc, char **argv)
 {
     // A heap for each thread grows with every film, whose threads are new ones: 0.5 MB a film. With one heap
     // the memory stays flat.
-    mallopt(M_ARENA_MAX, 1);
+    mallopt(M_ARENA_MAX, 1); // NOLINT(concurrency-mt-unsafe): no other thread yet
     const Options options = parse(argc, argv, true);
     if (options.showHelp) {
         std::fputs(kUsage, stdout);

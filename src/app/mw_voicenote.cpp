@@ -78,5 +78,5 @@ void MainWindow::endNoteRecording()
     const bool hasSound = QFileInfo(noteFile()).size() > kWavHeader;
     if (!hasSound)
         QFile::remove(noteFile());
-    g_FileListing[size_t(g_selectedItemFileIndex)].annotated = hasSound;
+    g_FileListing[size_t(g_selectedItemFileIndex)].annotated = hasSound ? 1 : 0;
 }

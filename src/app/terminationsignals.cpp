@@ -25,7 +25,7 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
         return; // the signals then keep their default: they end the program at once
     auto *notifier = new QSocketNotifier(g_wakeUp[1], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [this] {
-        char byte;
+        char byte = 0;
         while (::read(g_wakeUp[1], &byte, 1) > 0) {
         }
         emit received();

@@ -145,7 +145,7 @@ void MainWindow::showClock()
 void MainWindow::on_btn_tools_DateTimeStamp_clicked()
 {
     quint8 &on = m_pParams->getParams().bDateTimeStamp;
-    on = !on;
+    on = on ? 0 : 1;
     gst_EnableDateTimeOverlay(on);
     showSwitch(ui->btn_tools_DateTimeStamp, kStamp, on);
     logSwitch(kStamp, on);
@@ -155,7 +155,7 @@ void MainWindow::on_btn_tools_DateTimeStamp_clicked()
 void MainWindow::on_btn_tools_Microphone_On_Off_clicked()
 {
     qint8 &on = m_pParams->getParams().bMicrophoneActive;
-    on = !on;
+    on = on ? 0 : 1;
     gst_EnableAudioRecording(on);
     showSwitch(ui->btn_tools_Microphone_On_Off, kMicrophone, on);
     logSwitch(kMicrophone, on);
@@ -166,7 +166,7 @@ void MainWindow::on_btn_tools_Microphone_On_Off_clicked()
 void MainWindow::on_btn_tools_Network_Streaming_On_Off_clicked()
 {
     quint8 &on = m_pParams->getParams().bNetworkStreaming;
-    on = !on;
+    on = on ? 0 : 1;
     chooseLivePipelineMode();
     showSwitch(ui->btn_tools_Network_Streaming_On_Off, kStreaming, on);
     logSwitch(kStreaming, on);

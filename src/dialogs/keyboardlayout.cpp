@@ -39,7 +39,7 @@ void readCounts(QXmlStreamReader &reader, KeyboardLayout &layout)
     struct Count
     {
         QLatin1String name;
-        qint8 KeyboardLayout::*field;
+        qint8 KeyboardLayout::*field = nullptr;
     };
     static constexpr std::array kCounts = {
         Count{QLatin1String("row_one_keys"), &KeyboardLayout::g_row_one_keys},
@@ -62,8 +62,8 @@ s_keyMapping readKey(QXmlStreamReader &reader)
     struct Page
     {
         QLatin1String name;
-        QChar s_keyMapping::*character;
-        bool s_keyMapping::*enabled;
+        QChar s_keyMapping::*character = nullptr;
+        bool s_keyMapping::*enabled = nullptr;
     };
     static constexpr std::array kPages = {
         Page{QLatin1String("default"), &s_keyMapping::default_char, &s_keyMapping::default_char_enabled},

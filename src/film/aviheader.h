@@ -13,7 +13,7 @@ inline constexpr qsizetype kChunkHead = 8; // identifier and size
 inline constexpr qsizetype kListHead = 12; // and the list's type
 inline constexpr qsizetype kSuperIndexHead = 24;
 inline constexpr qsizetype kSuperIndexEntry = 16;
-inline constexpr qsizetype kLargestHeader = 64 * 1024;
+inline constexpr qsizetype kLargestHeader = 64LL * 1024;
 
 // Places in the header's bytes, each that of a chunk's content; the index is its chunk's head.
 struct StreamPlaces

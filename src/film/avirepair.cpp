@@ -17,7 +17,7 @@ using namespace avi;
 constexpr quint64 kLargestFilm = 0xffffffff;
 // A torn tail is a second long. More than this behind the last whole packet is damage of another kind:
 // cutting there would cost good pictures.
-constexpr quint64 kLargestTear = 64 * 1024 * 1024;
+constexpr quint64 kLargestTear = 64ULL * 1024 * 1024;
 constexpr quint32 kHasIndex = 0x10; // the main header's flags
 constexpr quint32 kIsInterleaved = 0x100;
 constexpr quint32 kKeyFrame = 0x12; // as avimux has it for pictures; sounds have none

@@ -12,7 +12,7 @@ namespace {
 
 constexpr qsizetype kWindow = 4096;
 // What a power cut leaves behind the last sync may have its length, but not its content.
-constexpr quint64 kDoubtful = 16 * 1024 * 1024;
+constexpr quint64 kDoubtful = 16ULL * 1024 * 1024;
 constexpr quint64 kPictureEnd = 64; // bytes in which the end mark stands; encoders pad
 
 struct Mp3Frame

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <linux/i2c-dev.h>
 #include <sys/ioctl.h>
@@ -42,7 +41,7 @@ int selectSlave(int fd, int address, int reg)
         return 0;
     const int reason = errno;
     std::fprintf(stderr, "Error: Could not set address to 0x%02x: %s\n", static_cast<unsigned>(reg),
-                 std::strerror(reason));
+                 qPrintable(qt_error_string(reason)));
     return reason;
 }
 
@@ -86,10 +85,11 @@ int open_i2c_dev(int i2cbus, char *filename, size_t size, int quiet)
     if (file < 0 && !quiet) {
         if (errno == ENOENT) {
             std::fprintf(stderr, "Error: Could not open file `/dev/i2c-%d' or `/dev/i2c/%d': %s\n", i2cbus,
-                         i2cbus, std::strerror(ENOENT));
+                         i2cbus, qPrintable(qt_error_string(ENOENT)));
         } else {
             const int reason = errno;
-            std::fprintf(stderr, "Error: Could not open file `%s': %s\n", filename, std::strerror(reason));
+            std::fprintf(stderr, "Error: Could not open file `%s': %s\n", filename,
+                         qPrintable(qt_error_string(reason)));
             if (reason == EACCES)
                 std::fprintf(stderr, "Run as root?\n");
         }

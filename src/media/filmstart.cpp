@@ -1,5 +1,6 @@
 #include "media/filmstart.h"
 
+#include <atomic>
 #include <memory>
 
 namespace {
@@ -8,7 +9,7 @@ struct Gate
 {
     GstPad *pictures = nullptr; // not owned: what holds the gate hangs on it or beside it
     gulong block = 0;
-    GstClockTime firstSound = 0; // written before the block is taken away, read after
+    std::atomic<GstClockTime> firstSound = 0; // written before the block is taken away, read after
 };
 using SharedGate = std::shared_ptr<Gate>;
 

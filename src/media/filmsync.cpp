@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <fcntl.h>
-#include <libgen.h>
 #include <unistd.h>
 
 namespace {
@@ -10,9 +9,10 @@ namespace {
 constexpr std::chrono::seconds kInterval(1);
 
 // The file's entry in its folder, once: a film that no folder names is lost with all that was synced.
-void syncFolder(QByteArray hostPath)
+void syncFolder(const QByteArray &hostPath)
 {
-    const int folder = ::open(::dirname(hostPath.data()), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int folder =
+        ::open(hostPath.left(hostPath.lastIndexOf('/')).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0)
         return;
     ::fsync(folder);

@@ -30,7 +30,7 @@ void release()
 void followState(GstMessage *message)
 {
     printStateChange("Audio Playback", message);
-    GstState now;
+    GstState now = GST_STATE_NULL;
     gst_message_parse_state_changed(message, nullptr, &now, nullptr);
     if (now == GST_STATE_PLAYING &&
         GST_MESSAGE_SRC(message) == GST_OBJECT(g_gst_AudioPlaybackPipeline.pipeline))
@@ -78,7 +78,7 @@ void gst_AudioPlaybackPipeline(const char *path)
     const GErrorOwner error(rawError);
     if (error || !pipeline) {
         g_print("Parse error: %s\n", error ? error->message : "no pipeline");
-        std::exit(1);
+        std::exit(1); // NOLINT(concurrency-mt-unsafe): the interface has it so
     }
     gst_element_set_name(pipeline, "AudioPlaybackPipeline");
     const GstOwner<GstElement> source(gst_bin_get_by_name(GST_BIN(pipeline), "wavfile"));

@@ -139,7 +139,7 @@ void sendEndOfStream()
 bool waitForEnd()
 {
     const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_Pipeline.pipeline));
-    const gint64 limit = g_get_monotonic_time() + kEndLimitMs * 1000;
+    const gint64 limit = g_get_monotonic_time() + gint64(kEndLimitMs) * 1000;
     while (true) {
         const gint64 left = std::max<gint64>(0, limit - g_get_monotonic_time());
         GstMessage *message =
@@ -241,7 +241,7 @@ GstElement *parseLaunch(eGstreamerState layout)
     // A recoverable error leaves a pipeline that lacks what it could not make: no pipeline for us.
     if (error || !pipeline) {
         g_print("Parse error: %s\n", error ? error->message : "no pipeline");
-        std::exit(1);
+        std::exit(1); // NOLINT(concurrency-mt-unsafe): the interface has it so
     }
     return pipeline;
 }

@@ -34,8 +34,8 @@ void printMediaFault(GstMessage *message)
 
 void printStateChange(const char *who, GstMessage *message)
 {
-    GstState from;
-    GstState to;
+    GstState from = GST_STATE_NULL;
+    GstState to = GST_STATE_NULL;
     gst_message_parse_state_changed(message, &from, &to, nullptr);
     const GTextOwner element(gst_object_get_name(GST_MESSAGE_SRC(message)));
     g_print("%s: [%s]: %s -> %s\n", who, element.get(), gst_element_state_get_name(from),

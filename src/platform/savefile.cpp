@@ -7,7 +7,6 @@
 #include <QFileInfo>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -107,7 +106,7 @@ void syncHostFolder(const QString &hostFolder)
 void report(QString *error)
 {
     if (error)
-        *error = QString::fromLocal8Bit(std::strerror(errno));
+        *error = qt_error_string(errno);
 }
 
 // `fill(temporary, target)` makes the new file; it takes the place of the old one whole.

@@ -12,7 +12,7 @@ namespace {
 Q_LOGGING_CATEGORY(log, "tubix.settings")
 
 const QString kHostapdConfiguration = QStringLiteral("/etc/hostapd.conf");
-constexpr qint64 kLargestConfiguration = 1024 * 1024;
+constexpr qint64 kLargestConfiguration = 1024LL * 1024;
 const QString kHotspotScript = QStringLiteral("/home/root/tubix4_app/hotspot.sh");
 const QString kInfraScript = QStringLiteral("/home/root/tubix4_app/infra.sh");
 

@@ -9,7 +9,7 @@ class QXmlStreamReader;
 
 namespace settingsfile {
 
-inline constexpr qint64 kLargestFile = 64 * 1024; // bytes; ours have about 400
+inline constexpr qint64 kLargestFile = 64LL * 1024; // bytes; ours have about 400
 
 // What a unit leaves the factory with.
 PersistentSettings factorySettings();

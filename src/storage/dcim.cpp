@@ -68,6 +68,7 @@ FolderContent readFolder(const QString &folder)
         ::opendir(QFile::encodeName(unit::path(folder)).constData()), ::closedir);
     if (!directory)
         return content;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): a directory of our own
     while (const dirent *entry = ::readdir(directory.get())) {
         if (entry->d_name[0] == '.')
             continue;
@@ -145,10 +146,10 @@ void ReadDirectory(const QString &folder)
     for (size_t i = 0; i < count; ++i) {
         sSnakeFileInfo &entry = g_FileListing[i];
         entry.fileName = content.files[i].name;
-        entry.isVideo = entry.fileName.contains(QLatin1String(".avi"));
+        entry.isVideo = entry.fileName.contains(QLatin1String(".avi")) ? 1 : 0;
         const QString note =
             entry.fileName.left(entry.fileName.lastIndexOf(QLatin1Char('.'))) + QLatin1String(".wav");
-        entry.annotated = !entry.isVideo && content.notes.contains(note);
+        entry.annotated = !entry.isVideo && content.notes.contains(note) ? 1 : 0;
         entry.deletePending = 0;
     }
     g_SavedFSInfo.nFilescurrRootDirectory = static_cast<qint16>(count);

@@ -20,7 +20,7 @@ constexpr char kTableEnd[] = "</table>";
 constexpr char kRowEnd[] = "</tr>\n";
 constexpr char kHeadEnd[] = "</thead>\n";
 constexpr char kOurTable[] = "box-table-a";
-constexpr qint64 kTailWindow = 16 * 1024; // bytes: the page's end after the table is far shorter
+constexpr qint64 kTailWindow = 16LL * 1024; // bytes: the page's end after the table is far shorter
 // Bytes, some hundred thousand rows: what is larger is no page of ours and is not read as a whole.
 constexpr qint64 kLargestPage = 64 << 20;
 

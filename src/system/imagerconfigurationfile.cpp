@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr qint64 kLargestFile = 64 * 1024;
+constexpr qint64 kLargestFile = 64LL * 1024;
 
 } // namespace
 

@@ -97,7 +97,8 @@ private slots:
 
     void aStrangeLanguageNamesNoFile()
     {
-        const _GlobalSystemSettings settings = settingsOf(wrapped("<LanguageIdx>15</LanguageIdx>"));
+        const _GlobalSystemSettings settings =
+            settingsOf(wrapped("<LanguageIdx>" + QByteArray::number(eTheEnd) + "</LanguageIdx>"));
         QCOMPARE(settings.damageCatelog_filename, u"/home/root/tubix4_app/damagecatelog/damagecat_.txt"_s);
     }
 
@@ -177,7 +178,7 @@ private slots:
         QCOMPARE(walk(autoShutdownAfter, qint8(2), 4), (QList<int>{1, 0, 3, 2}));
         QCOMPARE(walk(autoShutdownAfter, qint8(100), 1), QList<int>{3});
         QCOMPARE(walk(autoShutdownAfter, qint8(-128), 1), QList<int>{3});
-        QCOMPARE(walk(languageAfter, quint8(4), 15).last(), 4);
+        QCOMPARE(walk(languageAfter, quint8(4), eTheEnd).last(), 4);
         QCOMPARE(walk(languageAfter, quint8(200), 1), QList<int>{0});
         QCOMPARE(headAfter(eNoImagerAttached, eMinimodule_10m).type, e60meter);
         QCOMPARE(headAfter(eMinimodule_10m, e30meter).type, e30meter);

@@ -21,7 +21,7 @@ set(ENV{PKG_CONFIG_PATH} "")
 set(QT_HOST_PATH /usr)
 file(GLOB QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake)
 
-# A board reads what is not aligned, at a price or not at all: a cast that hides it is an error (-Werror).
+# A board reads what is not aligned, at a price or not at all: a cast that hides it is told.
 set(CMAKE_CXX_FLAGS_INIT "-Wcast-align=strict -Wno-psabi") # nothing here was built by an older compiler
 
 # ctest runs the tests as ARM code, on this machine.
