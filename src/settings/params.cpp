@@ -70,10 +70,10 @@ void params::ReadSystemSettingsConfig()
 void params::WriteGlobalSystemSettingsFile(bool factory)
 {
     QString error;
-    if (!savefile::write(kSettingsFile,
-                         settingsfile::format(factory ? settingsfile::factorySettings()
-                                                      : PersistentSettings(g_GlobalSystemSettings)),
-                         &error))
+    if (!savefile::writeThrough(kSettingsFile,
+                                settingsfile::format(factory ? settingsfile::factorySettings()
+                                                             : PersistentSettings(g_GlobalSystemSettings)),
+                                &error))
         qCDebug(log) << error;
 }
 
