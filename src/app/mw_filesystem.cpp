@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/cablelength.h"
 #include "app/graphics.h"
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
@@ -164,9 +165,9 @@ void MainWindow::savePicture()
     const QString stamp = settings.bDateTimeStamp
                               ? QDateTime::currentDateTime().toString(QStringLiteral("HH:mm dd.MM.yyyy"))
                               : QString();
-    tmpQimage =
-        stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
-                              {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
+    tmpQimage = stillpicture::compose(
+        band, frame, zoom::stillCutOut(settings.ZoomLevel),
+        {burntInLength(settings, ui->lbl_CableLength->text()), ui->lbl_DamageCatelogText->text(), stamp});
     stillpicture::save(tmpQimage, path);
     logCapture(eImageCapture, g_SavedFSInfo.currFileName);
     ++g_SavedFSInfo.currDCIMIndex;
