@@ -24,6 +24,11 @@ QString cableLengthText(const _GlobalSystemSettings &settings)
                                            : length(metres, QStringLiteral("m"));
 }
 
+QString burntInLength(const _GlobalSystemSettings &settings, const QString &shown)
+{
+    return settings.MeterCount < 0 ? kUnknownLength : shown;
+}
+
 bool hasLeftDamageNote(const _GlobalSystemSettings &settings)
 {
     return std::abs(settings.MeterCount - settings.currDamageCatelogMeterCount) > kDamageNoteReach;

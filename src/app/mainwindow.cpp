@@ -12,6 +12,7 @@
 #include "settings/wifi.h"
 #include "storage/eventlog.h"
 #include "storage/sdcard.h"
+#include "storage/upgrade.h"
 
 #include <QCoreApplication>
 #include <QScopedValueRollback>
@@ -51,6 +52,7 @@ void MainWindow::init()
     _GlobalSystemSettings &settings = m_pParams->getParams();
     m_pParams->GetKernelInformation();
     enableRawEncoderDisplay();
+    m_pParams->applyBacklight();
 
     if (settings.WIFIHotSpotPW.contains(wifi::kFactoryPassPhrase))
         m_pParams->SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
@@ -77,6 +79,7 @@ void MainWindow::init()
     m_pParams->initMessageLog();
     m_pParams->initEventLog();
     mendEventLog();
+    removeUnfinishedUpgrade();
     UpdateEventLog(eEventBoot, QStringLiteral("System boot"));
     watchMessageLog();
     systemCheckTimer->start();

@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "app/cablelength.h"
 #include "app/graphics.h"
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
@@ -83,7 +84,7 @@ void MainWindow::useCard()
 
 void MainWindow::refreshFolder()
 {
-    restoreCurrentFolder();
+    completeCurrentFolder();
     repairFilms();
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
     if (m_screen == ScreenKind::Live || m_screen == ScreenKind::Usb)
@@ -191,9 +192,9 @@ void MainWindow::savePicture()
     const QString stamp = settings.bDateTimeStamp
                               ? QDateTime::currentDateTime().toString(QStringLiteral("HH:mm dd.MM.yyyy"))
                               : QString();
-    tmpQimage =
-        stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
-                              {ui->lbl_CableLength->text(), ui->lbl_DamageCatelogText->text(), stamp});
+    tmpQimage = stillpicture::compose(
+        band, frame, zoom::stillCutOut(settings.ZoomLevel),
+        {burntInLength(settings, ui->lbl_CableLength->text()), ui->lbl_DamageCatelogText->text(), stamp});
     const bool isSaved = stillpicture::save(tmpQimage, path);
     logCapture(eImageCapture, g_SavedFSInfo.currFileName);
     ++g_SavedFSInfo.currDCIMIndex;

@@ -206,12 +206,14 @@ void MainWindow::repairFilms()
     bool isBusy = false;
     for (const QString &name : names) {
         const QString film = unit::path(inCurrentFolder(name));
-        if (!avirepair::isCutOff(film))
+        const QFileInfo thumbnail(unit::path(thumbnailOf(name)));
+        const bool isCutOff = avirepair::isCutOff(film);
+        if (!isCutOff && (!thumbnail.exists() || thumbnail.size() > 0)) // an empty one: the card was pulled
             continue;
         if (!isBusy)
             emit BusyIndicator(true);
         isBusy = true;
-        if (avirepair::repair(film) && !QFileInfo::exists(unit::path(thumbnailOf(name))))
+        if ((!isCutOff || avirepair::repair(film)) && thumbnail.size() == 0)
             saveFilmThumbnail(name);
     }
     if (isBusy)

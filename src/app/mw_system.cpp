@@ -60,7 +60,7 @@ void MainWindow::systemCheck()
     if (m_i2cRetries < kMostMeterRetries)
         showCableLength();
     if (m_i2cRetries >= kMostMeterRetries) {
-        ui->lbl_CableLength->setText(QStringLiteral("-!-"));
+        ui->lbl_CableLength->setText(kUnknownLength);
     } else if (nSystemCheck % kSlowCheck == 0) {
         showBattery();
         m_pParams->selectActiveCameraInterface();
@@ -80,15 +80,16 @@ void MainWindow::showCableLength()
 {
     _GlobalSystemSettings &settings = m_pParams->getParams();
     settings.MeterCount = readMeterCount(settings.ReadRawEncoderValues);
-    if (settings.MeterCount < 0) {
-        ++m_i2cRetries;
-        return;
-    }
-    m_i2cRetries = 0;
-    const QString text = cableLengthText(settings);
-    ui->lbl_CableLength->setText(text);
-    const QByteArray overlay = text.toLocal8Bit();
+    const bool isKnown = settings.MeterCount >= 0;
+    m_i2cRetries = qint16(isKnown ? 0 : m_i2cRetries + 1);
+    if (isKnown)
+        ui->lbl_CableLength->setText(cableLengthText(settings));
+    const QByteArray overlay = burntInLength(settings, ui->lbl_CableLength->text()).toLocal8Bit();
     gst_UpdateVideoMeterCount(overlay.constData(), int(overlay.size()));
+    if (!isKnown)
+        return;
+    if (settings.currDamageCatelogMeterCount < 0)
+        settings.currDamageCatelogMeterCount = settings.MeterCount; // noted where the length was not known
     if (settings.bDamageCatelogAnnotationActive && hasLeftDamageNote(settings))
         endDamageNote();
 }

@@ -111,7 +111,8 @@ void MainWindow::on_btn_tools_Reset_Meter_Counter_clicked()
 {
     _GlobalSystemSettings &settings = m_pParams->getParams();
     UpdateEventLog(eEventResetMeterCounter, QStringLiteral("Reset meter counter button clicked"));
-    settings.MeterOffset = static_cast<quint16>(settings.MeterCount);
+    if (settings.MeterCount >= 0) // else nobody knows where the cable stands
+        settings.MeterOffset = static_cast<quint16>(settings.MeterCount);
 }
 
 // Asked for every language; three of them have no reset.

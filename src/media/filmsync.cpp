@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::chrono::seconds kInterval(1);
 
-// The file's entry in its folder, once: a film that no folder names is lost with all that was synced.
+// The file's entry in its folder: a film that no folder names is lost with all that was synced.
 void syncFolder(const QByteArray &hostPath)
 {
     const int folder =
@@ -39,6 +39,13 @@ void FilmSync::run(const std::stop_token &stop, const QByteArray &hostPath)
         if (film >= 0)
             ::fdatasync(film);
     }
-    if (film >= 0)
-        ::close(film);
+    // With the film's end its index and headers are written: it is on the card before anybody hears of the
+    // end.
+    if (film < 0)
+        film = ::open(hostPath.constData(), O_WRONLY | O_CLOEXEC);
+    if (film < 0)
+        return;
+    ::fsync(film);
+    ::close(film);
+    syncFolder(hostPath);
 }

@@ -8,8 +8,8 @@
 #include <thread>
 
 // While it lives, a thread of its own syncs the file at `hostPath` (which may come into being later). Not on
-// the streaming thread: a card that takes two seconds for a sync would stop the film there. The end waits for
-// a sync that is under way. Made and ended on the GUI thread.
+// the streaming thread: a card that takes two seconds for a sync would stop the film there. The end, after
+// the file was closed, syncs it a last time and waits for that. Made and ended on the GUI thread.
 class FilmSync
 {
 public:

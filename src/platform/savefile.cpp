@@ -138,6 +138,16 @@ bool write(const QString &unitPath, const QByteArray &content, QString *error)
         error);
 }
 
+bool writeThrough(const QString &unitPath, const QByteArray &content, QString *error)
+{
+    const QString target = QFileInfo(unit::path(unitPath)).canonicalFilePath();
+    QString root = QFileInfo(unit::path(QStringLiteral("/"))).canonicalFilePath();
+    if (root == QLatin1String("/"))
+        root.clear();
+    const bool isOnUnit = target.startsWith(root + QLatin1Char('/'));
+    return write(isOnUnit ? target.mid(root.size()) : unitPath, content, error);
+}
+
 bool copy(const QString &fromUnitPath, const QString &toUnitPath, QString *error)
 {
     const QByteArray source = QFile::encodeName(unit::path(fromUnitPath));

@@ -13,6 +13,10 @@ namespace savefile {
 // when given; the old file then stands as it was and no temporary file stays.
 bool write(const QString &unitPath, const QByteArray &content, QString *error = nullptr);
 
+// The same for a configuration file that its owner may have put elsewhere: where `unitPath` is a link to a
+// file of the unit, that file is replaced and the link stays.
+bool writeThrough(const QString &unitPath, const QByteArray &content, QString *error = nullptr);
+
 // The same for a copy of the file at `fromUnitPath`, which has to be a plain file: its content and the rights
 // (not the owner) that it has there. A link at `toUnitPath` is replaced, not followed.
 bool copy(const QString &fromUnitPath, const QString &toUnitPath, QString *error = nullptr);

@@ -15,13 +15,22 @@ constexpr qint64 kLargestCatalog = 16 << 20; // bytes
 constexpr std::array kResetNames = {"English", "German",  "Spanish", "French",  "Italian", "Dutch",
                                     "Polish",  "Russian", "Finnish", "Swedish", "Danish",  "Japanese"};
 
-// The file as text; a desk computer's line ends become the unit's.
-std::optional<QString> readText(const QString &unitPath, QString *error = nullptr)
+// A line as it is shown: UTF-8, or what an older editor on a desk computer made of it.
+QString shown(const QByteArray &line)
 {
-    const std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog, error);
-    if (!content)
-        return std::nullopt;
-    return QString::fromUtf8(*content).replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    const QByteArray text = line.endsWith('\r') ? line.chopped(1) : line;
+    return text.isValidUtf8() ? QString::fromUtf8(text) : QString::fromLatin1(text);
+}
+
+// What goes with an entry cut from the front of `rest`: one character, or the line end of a desk computer.
+qsizetype cutBehind(const QByteArray &rest, bool utf8)
+{
+    if (rest.startsWith("\r\n"))
+        return 2;
+    qsizetype size = rest.isEmpty() ? 0 : 1;
+    while (utf8 && size < rest.size() && (uchar(rest[size]) & 0xc0) == 0x80)
+        ++size;
+    return size;
 }
 
 } // namespace
@@ -30,26 +39,41 @@ namespace damagecatelog {
 
 std::optional<QStringList> entries(const QString &unitPath, QString *error)
 {
-    const std::optional<QString> text = readText(unitPath, error);
-    if (!text)
+    const std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog, error);
+    if (!content)
         return std::nullopt;
-    return text->split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QStringList texts;
+    for (const QByteArray &line : content->split('\n'))
+        texts << shown(line);
+    texts.removeAll(QString());
+    return texts;
 }
 
 bool append(const QString &unitPath, const QString &entry)
 {
-    const QString line = entry.trimmed() + QLatin1Char('\n');
-    std::optional<QString> text = readText(unitPath);
-    if (!text && !QFileInfo::exists(unit::path(unitPath)))
-        text = QString();
-    return text && savefile::write(unitPath, (*text + line).toUtf8());
+    std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog);
+    if (!content && !QFileInfo::exists(unit::path(unitPath)))
+        content = QByteArray();
+    return content && savefile::writeThrough(unitPath, *content + entry.trimmed().toUtf8() + '\n');
 }
 
 bool removeFirst(const QString &unitPath, const QString &entry)
 {
-    std::optional<QString> text = readText(unitPath);
-    const qsizetype at = text && !entry.isEmpty() ? text->indexOf(entry) : -1;
-    return at >= 0 && savefile::write(unitPath, text->remove(at, entry.size() + 1).toUtf8());
+    std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog);
+    if (!content || entry.isEmpty())
+        return false;
+    qsizetype start = 0;
+    for (const QByteArray &line : content->split('\n')) {
+        if (shown(line).contains(entry)) {
+            const bool utf8 = line.isValidUtf8();
+            const QByteArray bytes = utf8 ? entry.toUtf8() : entry.toLatin1();
+            const qsizetype at = start + line.indexOf(bytes);
+            const qsizetype behind = cutBehind(content->mid(at + bytes.size()), utf8);
+            return savefile::writeThrough(unitPath, content->remove(at, bytes.size() + behind));
+        }
+        start += line.size() + 1;
+    }
+    return false;
 }
 
 QString resetName(int languageIdx)

@@ -1,5 +1,5 @@
 // The damage catalog of a language: one entry a line, in a text file on the unit that the user may change.
-// Files are written whole or not at all. GUI thread.
+// Files are written whole or not at all, and bytes that a change does not touch stay as they are. GUI thread.
 #pragma once
 
 #include "settings/languages.h"
@@ -10,8 +10,8 @@
 
 namespace damagecatelog {
 
-// The entries in their order, without empty lines; nothing when the file cannot be read, with the reason in
-// `error`.
+// The entries in their order, without empty lines; a line that is not UTF-8 is read as Latin-1. Nothing when
+// the file cannot be read, with the reason in `error`.
 std::optional<QStringList> entries(const QString &unitPath, QString *error = nullptr);
 
 // Adds `entry` without the blanks around it, and a line feed, to the end of the file, which is made when it

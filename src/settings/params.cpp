@@ -70,7 +70,7 @@ void params::ReadSystemSettingsConfig()
 void params::WriteGlobalSystemSettingsFile(bool factory)
 {
     QString error;
-    if (!savefile::write(
+    if (!savefile::writeThrough(
             kSettingsFile,
             settingsfile::format(factory ? settingsfile::factorySettings()
                                          : static_cast<const PersistentSettings &>(g_GlobalSystemSettings)),

@@ -33,7 +33,8 @@ public:
     void initMessageLog();       // remembers where the kernel log ends now
     void initEventLog();         // remembers where the event log ends now
 
-    // Encoder board (params_board.cpp)
+    // Board (params_board.cpp)
+    void applyBacklight() const;        // the stored level to the display; none stored leaves it as it is
     void ReadBatteryPotential();        // fills BatteryADCReading and BatteryStatus
     void selectActiveCameraInterface(); // fills ImagerType, tells the board the count algorithm
 

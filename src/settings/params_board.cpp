@@ -24,6 +24,13 @@ void params::readFirmwareVersion()
     g_GlobalSystemSettings.EncoderBoardFWVersion = QString::number(version, 16).insert(1, QLatin1Char('.'));
 }
 
+void params::applyBacklight() const
+{
+    // Without a settings file the level is 0, and a dark screen could not be set up again.
+    if (g_GlobalSystemSettings.LCDBacklightValue > 0)
+        SetLCDBrightness(static_cast<char>(g_GlobalSystemSettings.LCDBacklightValue));
+}
+
 void params::ReadBatteryPotential()
 {
     const qint16 reading =

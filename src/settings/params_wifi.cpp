@@ -40,7 +40,7 @@ void params::SetWIFIHotspotPW(const QString &oldText, const QString &newText)
         return; // would add a line of its own to the daemon's configuration
     content->replace(oldText.toUtf8(), newText.toUtf8());
     QString error;
-    if (!savefile::write(kHostapdConfiguration, *content, &error))
+    if (!savefile::writeThrough(kHostapdConfiguration, *content, &error))
         qCDebug(log) << error;
     GetWIFIHotspotPW();
 }

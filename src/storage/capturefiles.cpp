@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -42,6 +43,25 @@ bool hasPictureOfSameName(const QString &folder, const QString &film)
 bool isForbidden(QChar character)
 {
     return character.unicode() < 0x20 || QStringLiteral("/\\:*?\"<>|\x7f").contains(character);
+}
+
+// Names of devices on the customer's computer, with or without something behind a dot: no program there could
+// open such a file or delete it.
+bool isDevice(const QString &name)
+{
+    static const QRegularExpression device(
+        QStringLiteral("^(con|prn|aux|nul|conin\\$|conout\\$|(com|lpt)[1-9\u00b9\u00b2\u00b3]) *(\\.|$)"),
+        QRegularExpression::CaseInsensitiveOption);
+    return device.match(name).hasMatch();
+}
+
+// Without the blanks around it, and without the dots at its end: computers drop those and then miss the file.
+QString withoutEnds(QString name)
+{
+    name = name.trimmed();
+    while (name.endsWith(QLatin1Char('.')))
+        name = name.chopped(1).trimmed();
+    return name;
 }
 
 } // namespace
@@ -83,11 +103,10 @@ void removeNote(const QString &folder, const QString &fileName)
 
 QString usableName(const QString &typed, const QString &extension)
 {
-    const QString name = typed.trimmed();
+    const QString name = withoutEnds(typed);
     const qsizetype bytes = name.toUtf8().size() + std::max(extension.toUtf8().size(), kNoteExtension);
-    const bool usable = !name.isEmpty() && !name.startsWith(QLatin1Char('.')) &&
-                        !name.endsWith(QLatin1Char('.')) && bytes <= kLongestName &&
-                        std::none_of(name.begin(), name.end(), isForbidden);
+    const bool usable = !name.isEmpty() && !name.startsWith(QLatin1Char('.')) && bytes <= kLongestName &&
+                        !isDevice(name) && std::none_of(name.begin(), name.end(), isForbidden);
     return usable ? name : QString();
 }
 

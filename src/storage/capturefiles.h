@@ -18,9 +18,9 @@ bool remove(const QString &folder, const QString &fileName);
 // the film. No note: nothing.
 void removeNote(const QString &folder, const QString &fileName);
 
-// The name as it is used: without surrounding blanks. Empty when it is none that a card, a folder or a
-// customer's computer can carry: separators and the characters that FAT forbids, a leading dot, a trailing
-// one, more than 255 bytes with `extension` (or ".wav").
+// The name as it is used: without surrounding blanks and trailing dots. Empty when it is none that a card, a
+// folder or a customer's computer can carry: separators and the characters that FAT forbids, a leading dot,
+// the name of a device there (CON, com1.x), more than 255 bytes with `extension` (or ".wav").
 QString usableName(const QString &typed, const QString &extension);
 
 // What a rename did; the new names only where it was done.

@@ -3,6 +3,7 @@
 #include "platform/command.h"
 #include "platform/savefile.h"
 #include "platform/unit.h"
+#include "storage/capturefiles.h"
 #include "storage/inspectionlog.h"
 
 #include <QDate>
@@ -38,6 +39,23 @@ bool exists(const QString &folder)
 void make(const QString &folder)
 {
     QDir().mkdir(unit::path(folder)); // one level; a failure shows when something is written there
+}
+
+// Takes off what writes that were cut off left in the current folder.
+void mend()
+{
+    savefile::removeLeftovers(g_SavedFSInfo.currRootDirectory);
+    mendInspectionLog();
+    syncCard();
+}
+
+// Gives the current folder what belongs into an inspection's; what is there stays.
+void equip(const QString &folder)
+{
+    make(inCurrentFolder(QStringLiteral(".thumbs")));
+    createHTMLAssets();
+    createLogHTMLlog(folder);
+    mend();
 }
 
 bool isListed(const QString &name)
@@ -94,6 +112,13 @@ bool isOlder(const FoundFile &a, const FoundFile &b)
     return a.name < b.name; // the card's stamps are two seconds apart: ties are common
 }
 
+// A voice note counts: whatever took its name would get it, and take it along when it is deleted.
+bool isTaken(const QString &fileName)
+{
+    return QFileInfo::exists(unit::path(inCurrentFolder(fileName))) ||
+           QFileInfo::exists(unit::path(inCurrentFolder(capturefiles::noteOf(fileName))));
+}
+
 int numberOf(const QString &name)
 {
     return name.size() == kNumberedNameLength ? name.mid(kNumberStart, kNumberLength).toInt() : 0;
@@ -106,6 +131,18 @@ QString folderOfTheDay()
     return kBaseFolder + QLatin1Char('/') + QDate::currentDate().toString(QStringLiteral("ddMMyyyy"));
 }
 
+bool completeCurrentFolder()
+{
+    const QString &current = g_SavedFSInfo.currRootDirectory;
+    make(kDcimFolder);
+    make(kBaseFolder);
+    if (!exists(kBaseFolder) || !current.startsWith(kBaseFolder + QLatin1Char('/')) ||
+        !QDir().mkpath(unit::path(current)))
+        return false;
+    equip(current == folderOfTheDay() ? QString() : current);
+    return true;
+}
+
 void CreateDCIMStructure(const QString &folder)
 {
     make(kDcimFolder);
@@ -114,13 +151,10 @@ void CreateDCIMStructure(const QString &folder)
     const QString &current = g_SavedFSInfo.currRootDirectory;
     if (!exists(current) || !exists(inCurrentFolder(QStringLiteral(".html_assets")))) {
         make(current);
-        make(inCurrentFolder(QStringLiteral(".thumbs")));
-        createHTMLAssets();
-        createLogHTMLlog(folder);
+        equip(folder);
+    } else {
+        mend();
     }
-    savefile::removeLeftovers(current);
-    mendInspectionLog();
-    syncCard();
 }
 
 bool restoreCurrentFolder()
@@ -128,11 +162,12 @@ bool restoreCurrentFolder()
     const QString folder = g_SavedFSInfo.currRootDirectory;
     if (folder.isEmpty())
         return false;
-    if (!exists(folder)) {
-        CreateDCIMStructure(folder == folderOfTheDay() ? QString() : folder);
-        ReadDirectory(folder);
-    }
-    return exists(folder);
+    if (exists(folder))
+        return true;
+    if (!completeCurrentFolder())
+        return false;
+    ReadDirectory(folder); // its numbers begin anew
+    return true;
 }
 
 void ReadDirectory(const QString &folder)
@@ -185,7 +220,7 @@ QString captureName(int index, const QString &extension)
 QString freeCaptureName(const QString &extension)
 {
     qint16 &index = g_SavedFSInfo.currDCIMIndex;
-    while (QFileInfo::exists(unit::path(inCurrentFolder(captureName(index, extension)))))
+    while (isTaken(captureName(index, extension)))
         ++index;
     return captureName(index, extension);
 }
@@ -201,7 +236,7 @@ QString editedName(const QString &fileName, const QTime &time)
 
 QString freeEditedName(const QString &fileName, QTime time)
 {
-    while (QFileInfo::exists(unit::path(inCurrentFolder(editedName(fileName, time)))))
+    while (isTaken(editedName(fileName, time)))
         time = time.addSecs(1);
     return editedName(fileName, time);
 }

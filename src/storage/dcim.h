@@ -50,8 +50,13 @@ QString folderOfTheDay();
 // cut write left torn in its logs is mended. A card that takes nothing leaves the tree incomplete, silently.
 void CreateDCIMStructure(const QString &folder);
 
-// Makes sure that captures can go into the current folder: made again, with what belongs to it, when somebody
-// took it away. False when that cannot be.
+// For a card that comes back from a host or from outside: makes the current folder again, with those above it
+// up to the base folder, and gives it what it lacks (thumbnails, the log's page and pictures). False when it
+// is not there afterwards.
+bool completeCurrentFolder();
+
+// Before a capture: true when the current folder is there, made again when somebody took it away. A page that
+// was taken out of it stays out.
 bool restoreCurrentFolder();
 
 // Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most
@@ -66,14 +71,14 @@ bool removeDir(const QString &dirName);
 // "TUBX0007" + extension: the name of capture number `index`.
 QString captureName(int index, const QString &extension);
 
-// The name for the next capture: moves currDCIMIndex on to the first number whose file does not exist (a
-// number beyond four digits is not found again by the listing).
+// The name for the next capture: moves currDCIMIndex on to the first number of which there is neither file
+// nor voice note (a number beyond four digits is not found again by the listing).
 QString freeCaptureName(const QString &extension);
 
 // The name of the edited copy of a file: "_hhmmss" before its extension. A film's copy is a picture.
 QString editedName(const QString &fileName, const QTime &time);
 
-// That name for the first second from `time` on of which the current folder has no file yet.
+// That name for the first second from `time` on of which the current folder has neither file nor voice note.
 QString freeEditedName(const QString &fileName, QTime time);
 
 // Where the file stands in g_FileListing; -1: nowhere.

@@ -44,14 +44,15 @@ bool isInspectionFolder(const QString &path)
     return path.startsWith(kBaseFolder + QLatin1Char('/')) && QDir::cleanPath(path) == path;
 }
 
-bool isFolderName(const QString &name)
+QString folderName(const QString &typed)
 {
-    return !name.isEmpty() && capturefiles::usableName(name, QLatin1String(kLongestEnding)) == name;
+    return capturefiles::usableName(typed, QLatin1String(kLongestEnding));
 }
 
-QString makeInspectionFolder(const QString &parent, const QString &name)
+QString makeInspectionFolder(const QString &parent, const QString &typed)
 {
-    if (!isFolderName(name))
+    const QString name = folderName(typed);
+    if (name.isEmpty())
         return {};
     // The base folder may be gone with a format; the folder above it is there as long as the card is.
     QDir().mkdir(unit::path(kBaseFolder));
@@ -59,10 +60,11 @@ QString makeInspectionFolder(const QString &parent, const QString &name)
     return QDir().mkdir(unit::path(folder)) ? folder : QString();
 }
 
-QString renameInspectionFolder(const QString &folder, const QString &name)
+QString renameInspectionFolder(const QString &folder, const QString &typed)
 {
+    const QString name = folderName(typed);
     const QString renamed = parentOf(folder) + QLatin1Char('/') + name;
-    if (!isInspectionFolder(folder) || !isFolderName(name) || exists(renamed))
+    if (!isInspectionFolder(folder) || name.isEmpty() || exists(renamed))
         return {};
     std::vector<Move> moves;
     for (const char *extension : {".html", ".txt"}) {

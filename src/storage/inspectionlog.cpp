@@ -9,7 +9,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 #include <unistd.h>
 
@@ -23,6 +25,10 @@ constexpr char kOurTable[] = "box-table-a";
 constexpr qint64 kTailWindow = 16LL * 1024; // bytes: the page's end after the table is far shorter
 // Bytes, some hundred thousand rows: what is larger is no page of ours and is not read as a whole.
 constexpr qint64 kLargestPage = 64 << 20;
+
+// The board's count is signed, and below zero after a poll that failed.
+constexpr unsigned short kLargestMeter = 32767;
+constexpr char kUnknownMetres[] = "---.--"; // as wide as a length
 
 constexpr std::array kAssetNames = {"bg.jpg",          "deleted.png", "imagecaptured.png",
                                     "information.png", "renamed.png", "quenvale_website_logo.png",
@@ -56,6 +62,20 @@ QString escaped(QString text)
         .replace(QLatin1Char('"'), QLatin1String("&quot;"));
 }
 
+QString unescaped(QString text)
+{
+    return text.replace(QLatin1String("&quot;"), QLatin1String("\""))
+        .replace(QLatin1String("&lt;"), QLatin1String("<"))
+        .replace(QLatin1String("&amp;"), QLatin1String("&"));
+}
+
+QByteArray textLine(const QString &metres, const QString &time, const char *mark, const QString &name)
+{
+    return QStringLiteral("%1%2  %3 %4\n")
+        .arg(metres.leftJustified(8), time, QLatin1String(mark), name)
+        .toUtf8();
+}
+
 QString folderName()
 {
     return g_SavedFSInfo.currRootDirectory.section(QLatin1Char('/'), -1);
@@ -72,10 +92,20 @@ QString textFile()
 }
 
 // What the template has from its "</table>" on.
-QByteArray templateTail()
+const QByteArray &templateTail()
 {
-    const QByteArray page = asset(QStringLiteral("html.tmpl"));
-    return page.mid(page.lastIndexOf(kTableEnd));
+    static const QByteArray tail = [] {
+        const QByteArray page = asset(QStringLiteral("html.tmpl"));
+        return page.mid(page.lastIndexOf(kTableEnd));
+    }();
+    return tail;
+}
+
+// For an end of the page in which somebody wrote: nothing of it may be torn.
+bool putRowWhole(QFile &page, qint64 at, const QByteArray &row)
+{
+    page.seek(0);
+    return savefile::write(pageFile(), page.readAll().insert(at, row));
 }
 
 enum class Put { Done, NoTable, Failed };
@@ -89,6 +119,8 @@ Put putRow(QFile &page, const QByteArray &row)
         const QByteArray tail = page.read(page.size() - start);
         const qsizetype at = tail.lastIndexOf(kTableEnd);
         if (at >= 0) {
+            if (tail.mid(at) != templateTail() && page.size() <= kLargestPage)
+                return putRowWhole(page, start + at, row) ? Put::Done : Put::Failed;
             const QByteArray bytes = row + tail.mid(at);
             page.seek(start + at);
             return page.write(bytes) == bytes.size() && ::fsync(page.handle()) == 0 ? Put::Done : Put::Failed;
@@ -99,6 +131,54 @@ Put putRow(QFile &page, const QByteArray &row)
     return Put::NoTable;
 }
 
+// Where the last whole row ends, or the head of a table without rows; 0: neither is there.
+qsizetype endOfRows(const QByteArray &page)
+{
+    qsizetype end = 0;
+    for (const char *last : {kRowEnd, kHeadEnd}) {
+        if (const qsizetype at = page.lastIndexOf(last); at >= 0)
+            end = std::max(end, at + qsizetype(qstrlen(last)));
+    }
+    return end;
+}
+
+// True for an end that a write of row and page tail left when it was cut off: some of their bytes, and behind
+// those what is still there of the tail that was to be overwritten.
+bool isTorn(QByteArray end)
+{
+    const QByteArray &tail = templateTail();
+    qsizetype old = 0;
+    while (old < std::min(end.size(), tail.size()) &&
+           end.at(end.size() - 1 - old) == tail.at(tail.size() - 1 - old))
+        ++old;
+    if (old == tail.size())
+        return false;
+    end.chop(old);
+    static const QRegularExpression ours(
+        QStringLiteral("^\t?(\n\t<tr>\n\t  <td>[-0-9.]+</td>\n\t  <td>[0-9:]+</td>\n\t  "
+                       "<td>(<img src=\"\\./\\.html_assets/[a-z]+\\.png\"/>)?</td>\n\t  "
+                       "<td>(<a href=\"[^\"]*\">)?[^<]*(</a>)?</td>\n\t</tr>\n)?%1\\z")
+            .arg(QRegularExpression::escape(QString::fromLatin1(tail))));
+    return end.isEmpty() ||
+           ours.match(QString::fromLatin1(end), 0, QRegularExpression::PartialPreferCompleteMatch)
+               .hasPartialMatch();
+}
+
+// The text line of the last row, with which `rows` ends; empty when that is none of ours.
+QByteArray lineOfRow(const QByteArray &rows)
+{
+    static const QRegularExpression cells(QStringLiteral(
+        "<td>([^<]*)</td>\\s*<td>([^<]*)</td>\\s*<td>(?:<img src=\"\\./\\.html_assets/([^\"]*)\"/>)?"
+        "</td>\\s*<td>(?:<a [^>]*>)?([^<]*)(?:</a>)?</td>\\s*</tr>\\n$"));
+    const auto row = cells.match(QString::fromUtf8(rows.mid(rows.lastIndexOf("<tr>"))));
+    const auto kind = std::find_if(kOperations.begin(), kOperations.end(), [&](const Operation &operation) {
+        return row.captured(3) == QLatin1String(operation.icon);
+    });
+    if (!row.hasMatch() || kind == kOperations.end())
+        return {};
+    return textLine(row.captured(1), row.captured(2), kind->mark, unescaped(row.captured(4)));
+}
+
 } // namespace
 
 namespace inspectionlog {
@@ -106,7 +186,9 @@ namespace inspectionlog {
 Entry entry(eLogFileOperation operation, unsigned short meter, const QString &time, const QString &name)
 {
     const Operation &kind = kOperations[static_cast<size_t>(operation)];
-    const QString metres = QStringLiteral("%1").arg(meter / 100.0, 6, 'f', 2, QLatin1Char('0'));
+    const QString metres = meter > kLargestMeter
+                               ? QString::fromLatin1(kUnknownMetres)
+                               : QStringLiteral("%1").arg(meter / 100.0, 6, 'f', 2, QLatin1Char('0'));
     const QString shown = escaped(name);
     const QString icon =
         kind.icon ? QStringLiteral("<img src=\"./.html_assets/%1\"/>").arg(QLatin1String(kind.icon))
@@ -116,9 +198,7 @@ Entry entry(eLogFileOperation operation, unsigned short meter, const QString &ti
                 "\n\t<tr>\n\t  <td>%1</td>\n\t  <td>%2</td>\n\t  <td>%3</td>\n\t  <td>%4</td>\n\t</tr>\n")
                 .arg(metres, time, icon, last)
                 .toUtf8(),
-            QStringLiteral("%1%2  %3 %4\n")
-                .arg(metres.leftJustified(8), time, QLatin1String(kind.mark), name)
-                .toUtf8()};
+            textLine(metres, time, kind.mark, name)};
 }
 
 } // namespace inspectionlog
@@ -164,25 +244,20 @@ void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QSt
 
 void mendInspectionLog()
 {
-    mendTornLine(textFile());
     QFile page(unit::path(pageFile()));
-    if (!page.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered) ||
-        page.size() > kLargestPage)
+    if (!page.open(QIODevice::ReadOnly) || page.size() > kLargestPage)
         return;
-    page.seek(std::max<qint64>(0, page.size() - kTailWindow));
-    const QByteArray end = page.readAll().trimmed();
-    if (end.contains(kTableEnd) && end.endsWith("</html>"))
+    const qint64 start = std::max<qint64>(0, page.size() - kTailWindow);
+    page.seek(start);
+    const QByteArray tail = page.readAll();
+    const qsizetype end = endOfRows(tail);
+    const QByteArray line = lineOfRow(tail.left(end));
+    completeLine(textFile(), line);
+    const bool isOurs = !line.isEmpty() || tail.left(end).endsWith(kHeadEnd);
+    if (!isOurs || !isTorn(tail.mid(end)))
         return;
     page.seek(0);
-    const QByteArray content = page.readAll();
-    // A page without rows ends with the table's head.
-    qsizetype wholeEnd = 0;
-    for (const char *last : {kRowEnd, kHeadEnd}) {
-        if (const qsizetype at = content.lastIndexOf(last); at >= 0)
-            wholeEnd = std::max(wholeEnd, at + qsizetype(qstrlen(last)));
-    }
-    if (!content.contains(kOurTable) || wholeEnd == 0)
-        return; // not a page of ours, or nothing of it is left
-    page.close();
-    savefile::write(pageFile(), content.left(wholeEnd) + templateTail());
+    const QByteArray whole = page.read(start + end);
+    if (whole.contains(kOurTable))
+        savefile::write(pageFile(), whole + templateTail());
 }

@@ -21,14 +21,17 @@ void createHTMLAssets();
 // empty for the folder of the day.
 void createLogHTMLlog(const QString &folder);
 
-// Adds one event to page and text file. `meter`: centimetres, never less the offset. `path` counts for
-// captures, films and deletions (its last component), `text` for renames and damage notes. One write a file,
-// then sync: the cost does not grow with the page. Without a page nothing is logged; a page without
+// Adds one event to page and text file. `meter`: centimetres, never less the offset; above 32767, which is a
+// negative count, the length is not known ("---.--"). `path` counts for captures, films and deletions (its
+// last component), `text` for renames and damage notes. One write a file, then sync: the cost does not grow
+// with the page, unless somebody has written behind its table. Without a page nothing is logged; a page
+// without
 // "</table>" keeps its bytes and only the text line is added.
 void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path,
                     const QString &text);
 
-// Closes a page again whose end was lost, after its last whole row, and takes a half line off the text file.
+// Mends what a write that was cut off has torn: closes the page again after its last whole row, and completes
+// the text file's last line from the page. What is not the torn end of a row of ours stays, byte for byte.
 void mendInspectionLog();
 
 namespace inspectionlog {

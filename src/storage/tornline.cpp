@@ -10,12 +10,17 @@ namespace {
 
 constexpr qint64 kWindow = 4096; // bytes; no line of ours is longer
 
+bool open(QFile &file, QIODevice::OpenMode more)
+{
+    return file.open(QIODevice::ReadWrite | QIODevice::Unbuffered | more);
 }
+
+} // namespace
 
 void mendTornLine(const QString &unitPath)
 {
     QFile file(unit::path(unitPath));
-    if (!file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
+    if (!open(file, QIODevice::ExistingOnly))
         return;
     const qint64 start = std::max<qint64>(0, file.size() - kWindow);
     file.seek(start);
@@ -28,9 +33,28 @@ void mendTornLine(const QString &unitPath)
     file.resize(start + lastEnd + 1);
 }
 
+void completeLine(const QString &unitPath, const QByteArray &wanted)
+{
+    QFile file(unit::path(unitPath));
+    if (!open(file, QIODevice::ExistingOnly))
+        return;
+    file.seek(std::max<qint64>(0, file.size() - 2 * wanted.size()));
+    const QByteArray end = file.readAll();
+    const QByteArray last = end.mid(end.lastIndexOf('\n') + 1);
+    const bool isWritten = end.chopped(last.size()).endsWith(wanted);
+    if (last.isEmpty() || !wanted.startsWith(last) || isWritten)
+        return;
+    file.write(wanted.mid(last.size()));
+    ::fsync(file.handle());
+}
+
 bool appendLine(const QString &unitPath, const QByteArray &line)
 {
     QFile file(unit::path(unitPath));
-    return file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered) &&
-           file.write(line) == line.size() && ::fsync(file.handle()) == 0;
+    if (!open(file, {}))
+        return false;
+    file.seek(std::max<qint64>(0, file.size() - 1));
+    const QByteArray last = file.read(1);
+    const QByteArray bytes = last.isEmpty() || last == "\n" ? line : '\n' + line;
+    return file.write(bytes) == bytes.size() && ::fsync(file.handle()) == 0;
 }

@@ -1,4 +1,4 @@
-// Logs of lines: what a power cut left half written at the end is taken off.
+// Logs of lines, and their ends that a power cut left half written.
 #pragma once
 
 #include <QString>
@@ -6,5 +6,10 @@
 // Cuts the file after its last line feed; a file that ends with one, or is missing, is left alone.
 void mendTornLine(const QString &unitPath);
 
-// Appends `line` by one write, then sync; false when the file cannot be opened or does not take it.
+// Gives a last line without a line feed its rest when it is the begin of `wanted`, a whole line as it was to
+// be written and is not there yet. Any other end stays as it is: somebody typed it.
+void completeLine(const QString &unitPath, const QByteArray &wanted);
+
+// Appends `line` by one write, then sync; begins a line of its own where the last one has no line feed. False
+// when the file cannot be opened or does not take it.
 bool appendLine(const QString &unitPath, const QByteArray &line);

@@ -124,6 +124,7 @@ void ProcessSystemUpgrade()
     const QString archive = onCard(upgradeFileName);
     QString reason;
     if (const auto instructions = unpack(archive, &reason)) {
+        upgradearchive::markBegun(archive);
         for (const upgradesteps::Step &step : upgradesteps::read(*instructions)) {
             if (!upgradesteps::carryOut(step, kWorkFolder))
                 qCWarning(log) << "upgrade: not done:" << step.fileName << step.folder;
@@ -135,4 +136,12 @@ void ProcessSystemUpgrade()
     removeWorkFolder();
     QFile::remove(unit::path(signatureFile()));
     QFile::remove(unit::path(archive));
+    command::run(QStringLiteral("sync"));
+    upgradearchive::markDone();
+}
+
+void removeUnfinishedUpgrade()
+{
+    if (const QFileInfo folder(unit::path(kWorkFolder)); folder.exists() || folder.isSymLink())
+        removeWorkFolder();
 }

@@ -18,3 +18,6 @@ bool SystemUpgradePresent();
 // removed like the others, so that it is not offered again and again. A file that is replaced is so as a
 // whole: cut off at any point, the unit has the old one or the new one, and the archive is offered again.
 void ProcessSystemUpgrade();
+
+// At start: takes away the work folder of an upgrade that was cut off.
+void removeUnfinishedUpgrade();

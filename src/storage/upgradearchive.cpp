@@ -1,8 +1,10 @@
 #include "storage/upgradearchive.h"
 
 #include "platform/command.h"
+#include "platform/savefile.h"
 #include "platform/unit.h"
 
+#include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -12,6 +14,9 @@
 namespace {
 
 const QString kPublicKey = QStringLiteral("/home/root/tubix4_app/upgrade.pub");
+
+// The checksum of the archive that is being carried out.
+const QString kBegun = QStringLiteral("/home/root/tubix4_app/upgrade.begun");
 
 constexpr qint64 kMagicAt = 257;  // of "ustar" in a plain archive
 constexpr qint64 kEndMark = 1024; // zero bytes that end a plain archive
@@ -44,6 +49,19 @@ bool lacksItsEnd(const QString &archive)
 bool leavesTheFolder(const QByteArray &member)
 {
     return member.startsWith('/') || member.split('/').contains("..");
+}
+
+QByteArray checksum(const QString &archive)
+{
+    QFile file(unit::path(archive));
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    return file.open(QIODevice::ReadOnly) && hash.addData(&file) ? hash.result().toHex() : QByteArray();
+}
+
+bool wasBegun(const QString &archive)
+{
+    const auto begun = savefile::read(kBegun, 1024);
+    return begun && !begun->isEmpty() && *begun == checksum(archive);
 }
 
 qint64 contentSize(const QList<QByteArray> &longLines)
@@ -81,13 +99,23 @@ QString refusal(const QString &unitPath, const QString &workFolder)
 
 bool isTrusted(const QString &unitPath, const QString &signaturePath)
 {
-    if (!QFileInfo::exists(unit::path(kPublicKey)))
+    if (!QFileInfo::exists(unit::path(kPublicKey)) || wasBegun(unitPath))
         return true;
     const command::Result check = command::run(
         QStringLiteral("openssl"),
         {QStringLiteral("dgst"), QStringLiteral("-sha256"), QStringLiteral("-verify"), unit::path(kPublicKey),
          QStringLiteral("-signature"), unit::path(signaturePath), unit::path(unitPath)});
     return check.started && check.exitCode == 0;
+}
+
+void markBegun(const QString &unitPath)
+{
+    savefile::write(kBegun, checksum(unitPath));
+}
+
+void markDone()
+{
+    QFile::remove(unit::path(kBegun));
 }
 
 } // namespace upgradearchive

@@ -10,7 +10,12 @@ namespace upgradearchive {
 // file nor folder, absolute names, ".." in a name, and more content than the unit has room for.
 QString refusal(const QString &unitPath, const QString &workFolder);
 
-// True when the unit asks for no signature (it has no key), or the one in `signaturePath` fits.
+// True when the unit asks for no signature (it has no key), when the one in `signaturePath` fits, or when
+// this very archive has been begun before: it may have changed the key.
 bool isTrusted(const QString &unitPath, const QString &signaturePath);
+
+// Keeps in mind, over a power cut too, that a trusted archive is being carried out, until it has been.
+void markBegun(const QString &unitPath);
+void markDone();
 
 } // namespace upgradearchive

@@ -103,6 +103,9 @@ private slots:
         QTRY_VERIFY(screen.text("lbl_CableLength").endsWith(u" cnt"_s));
         screen.folder.control({u"battery"_s, u"lost"_s});
         QTRY_COMPARE(screen.text("lbl_CableLength"), u"-!-"_s);
+        const quint16 zero = params::getInstance()->getParams().MeterOffset;
+        screen.touch(80 + 440, 12); // nobody knows where the cable stands
+        QCOMPARE(params::getInstance()->getParams().MeterOffset, zero);
     }
 
     void aTouchLeavesAStillNobodyCanDispute()

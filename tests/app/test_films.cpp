@@ -127,11 +127,17 @@ private slots:
         for (const QString &film : {first, second})
             QVERIFY(!avirepair::isCutOff(film) && duration(film, u"v:0"_s) > 0.5);
         QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".thumbs/TUBX0001.jpg"_s))));
-        QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".thumbs/TUBX0002.jpg"_s))));
+        const QString thumbnail = unit::path(inCurrentFolder(u".thumbs/TUBX0002.jpg"_s));
+        QVERIFY(QFileInfo::exists(thumbnail));
         const QByteArray log = screen.folder.content(screen.logFile(u".txt"_s));
         const qsizetype rows[] = {log.indexOf("|-- TUBX0001.avi"), log.indexOf("--| TUBX0001.avi"),
                                   log.indexOf("|-- TUBX0002.avi"), log.indexOf("--| TUBX0002.avi")};
         QVERIFY(rows[0] >= 0 && std::is_sorted(std::begin(rows), std::end(rows)));
+        QVERIFY(QFile::resize(thumbnail, 0)); // a card pulled too soon
+        screen.folder.control({u"card"_s, u"remove"_s});
+        QTRY_VERIFY(!screen.button("btn_menu_Capture")->isEnabled());
+        screen.folder.control({u"card"_s, u"insert"_s});
+        QTRY_VERIFY(!QImage(thumbnail).isNull());
     }
 
     void aFullCardEndsTheFilmInOrder()

@@ -330,6 +330,11 @@ private slots:
         QTest::newRow("after a line without end")
             << QByteArray("Crack") << u"Вода"_s << QByteArray("CrackВода\n");
         QTest::newRow("empty") << QByteArray("Crack\n") << u"  "_s << QByteArray("Crack\n\n");
+        QTest::newRow("not UTF-8") << QByteArray("Stra\xdf"
+                                                 "e\r\n")
+                                   << u"Röhre"_s
+                                   << QByteArray("Stra\xdf"
+                                                 "e\r\nR\xc3\xb6hre\n");
         QTest::newRow("into no file") << QByteArray() << u"Crack"_s << QByteArray("Crack\n");
     }
     void anEntryIsAdded()
@@ -355,7 +360,15 @@ private slots:
             << QByteArray("Pipe crack, é\ncrack\n") << u"crack"_s << QByteArray("Pipe  é\ncrack\n");
         QTest::newRow("a letter of two bytes follows")
             << QByteArray("abé\nab\n") << u"ab"_s << QByteArray("\nab\n");
-        QTest::newRow("from a desk computer") << QByteArray("a\r\nb\r\n") << u"a"_s << QByteArray("b\n");
+        QTest::newRow("from a desk computer") << QByteArray("\xef\xbb\xbf"
+                                                            "a\r\nb\r\n")
+                                              << u"a"_s
+                                              << QByteArray("\xef\xbb\xbf"
+                                                            "b\r\n");
+        QTest::newRow("not UTF-8") << QByteArray("\xfc?\nR\xf6hre\nR\xc3\xb6hre\n") << u"Röhre"_s
+                                   << QByteArray("\xfc?\nR\xc3\xb6hre\n");
+        QTest::newRow("UTF-8 beside it")
+            << QByteArray("R\xf6hr\n\xe4?\n管\n") << u"管"_s << QByteArray("R\xf6hr\n\xe4?\n");
     }
     void anEntryIsCutOut()
     {

@@ -173,7 +173,7 @@ private slots:
     void aNewFolderIsAnInspectionAtOnce()
     {
         Explorer explorer;
-        explorer.touchAndType(u"NewFolder"_s, u"Bach Str. 5"_s);
+        explorer.touchAndType(u"NewFolder"_s, u" Bach Str. 5. "_s); // its ends are lost on a computer
         QVERIFY(exists(below(u"Bach Str. 5/Bach Str. 5.html"_s)));
         QTRY_VERIFY(explorer.rows().contains(u"Bach Str. 5"_s));
         // The new one is selected: a second one goes into it, and a cancel comes back to where it started.
@@ -219,8 +219,8 @@ private slots:
         };
         const QStringList before = tree();
         for (const QString &name :
-             {u"../Escaped"_s, u"a/b"_s, u".."_s, u"."_s, u" a"_s, u"a "_s, u"a."_s, u".hidden"_s,
-              u"Main Street"_s, u"a:b"_s, QString(256, u'x'), QString(121, QChar(0x416)), u" "_s}) {
+             {u"../Escaped"_s, u"a/b"_s, u".."_s, u"."_s, u"Nul"_s, u".hidden"_s, u"Main Street."_s, u"a:b"_s,
+              QString(256, u'x'), QString(121, QChar(0x416)), u" "_s}) {
             explorer.touchFolder(u"100TUBIX"_s);
             explorer.touchAndType(u"NewFolder"_s, name);
             explorer.touchFolder(u"Other"_s);

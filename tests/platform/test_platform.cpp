@@ -7,6 +7,7 @@
 #include "platform/unit.h"
 
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
@@ -57,6 +58,26 @@ private slots:
         struct stat info = {};
         QCOMPARE(::stat(unit::path(u"/etc/conf"_s).toLocal8Bit().constData(), &info), 0);
         QCOMPARE(info.st_mode & 07777, 0600u);
+    }
+
+    void aLinkIsFollowedOnTheUnitAlone()
+    {
+        const QTemporaryDir host;
+        const TestUnit folder({u"/etc"_s, u"/data"_s});
+        const QString link = unit::path(u"/etc/conf"_s);
+        folder.put(u"/data/conf"_s, "old");
+        QFile::link(u"../data/conf"_s, link);
+        QVERIFY(savefile::writeThrough(u"/etc/conf"_s, "new"));
+        QVERIFY(QFileInfo(link).isSymLink());
+        QCOMPARE(folder.content(u"/data/conf"_s), QByteArray("new"));
+        for (const QString &target : {host.filePath(u"conf"_s), u"nowhere"_s}) {
+            QFile::remove(link);
+            QFile::link(target, link);
+            QFile(host.filePath(u"conf"_s)).open(QIODevice::WriteOnly);
+            QVERIFY(savefile::writeThrough(u"/etc/conf"_s, "newer"));
+            QVERIFY(!QFileInfo(link).isSymLink());
+            QCOMPARE(QFileInfo(host.filePath(u"conf"_s)).size(), 0);
+        }
     }
 
     void aFailedSaveLeavesTheOldFileAndNothingElse()

@@ -95,6 +95,20 @@ private slots:
         QCOMPARE(int(params::getInstance()->getParams().LCDBacklightValue), 7);
     }
 
+    void theStoredBacklightIsApplied()
+    {
+        const QString brightness = u"/sys/class/backlight/backlight_lcdgrp.26/brightness"_s;
+        const TestUnit folder({u"/home/root/tubix4_app"_s, brightness.section(u'/', 0, -2)});
+        folder.put(brightness, "6");
+        params::resetForTests();
+        params::getInstance()->applyBacklight(); // none is stored: the screen must not go dark
+        QCOMPARE(folder.content(brightness), "6");
+        folder.put(kFile, wrapped("<LCDBacklightValue>3</LCDBacklightValue>"));
+        params::resetForTests();
+        params::getInstance()->applyBacklight();
+        QCOMPARE(folder.content(brightness), "3");
+    }
+
     void aStrangeLanguageNamesNoFile()
     {
         const _GlobalSystemSettings settings =
@@ -208,7 +222,8 @@ private slots:
     {
         const TestUnit folder({u"/etc"_s});
         const QByteArray before = "# key 580294613\nssid=caf\xe9\nwpa_passphrase=580294613\nx=1";
-        folder.put(u"/etc/hostapd.conf"_s, before);
+        folder.put(u"/etc/ap.conf"_s, before);
+        QFile::link(u"ap.conf"_s, unit::path(u"/etc/hostapd.conf"_s));
         ::chmod(unit::path(u"/etc/hostapd.conf"_s).toLocal8Bit().constData(), 0600);
         params::resetForTests();
         params *settings = params::getInstance();
@@ -224,6 +239,7 @@ private slots:
         struct stat info = {};
         QCOMPARE(::stat(unit::path(u"/etc/hostapd.conf"_s).toLocal8Bit().constData(), &info), 0);
         QCOMPARE(info.st_mode & 07777, 0600u);
+        QVERIFY(QFileInfo(unit::path(u"/etc/hostapd.conf"_s)).isSymLink());
     }
 };
 

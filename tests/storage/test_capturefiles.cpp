@@ -28,7 +28,11 @@ private slots:
         QTest::newRow("another folder") << u"../x"_s << QString();
         QTest::newRow("the folder itself") << u"."_s << QString();
         QTest::newRow("hidden") << u".x"_s << QString();
-        QTest::newRow("a dot at the end") << u"x."_s << QString();
+        QTest::newRow("dots at the end") << u"x. ."_s << u"x"_s;
+        QTest::newRow("a device") << u"CON"_s << QString();
+        QTest::newRow("a device with an end") << u"com1.first"_s << QString();
+        QTest::newRow("a device and a blank") << u"aux .x"_s << QString();
+        QTest::newRow("nearly a device") << u"Console.COM1"_s << u"Console.COM1"_s;
         QTest::newRow("a sign that the card refuses") << u"a>b"_s << QString();
         QTest::newRow("a line break") << u"a\nb"_s << QString();
         QTest::newRow("the longest") << QString(251, u'x') << QString(251, u'x');

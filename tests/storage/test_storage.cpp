@@ -136,6 +136,20 @@ private slots:
         CreateDCIMStructure(QString());
         QCOMPARE(card.content(pageOf(today)), page); // the log is not lost with its pictures
         QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u".html_assets/style.css"_s))));
+        // Taken away at a computer: the page stays away until the card comes back.
+        QFile::remove(unit::path(pageOf(today)));
+        CreateDCIMStructure(QString());
+        QVERIFY(!QFileInfo::exists(unit::path(pageOf(today))));
+        QVERIFY(completeCurrentFolder());
+        QVERIFY(card.content(pageOf(today)).contains("<title>" + today.toUtf8() + ".html</title>"));
+        CreateDCIMStructure(kBaseFolder + u"/House"_s);
+        CreateDCIMStructure(kBaseFolder + u"/House/Cellar"_s);
+        removeDir(kDcimFolder);
+        QVERIFY(completeCurrentFolder());
+        QVERIFY(card.content(pageOf(u"Cellar"_s)).contains("<title>Cellar</title>"));
+        removeDir(kCardMountPoint); // no card: nothing is made where it would be
+        QVERIFY(!completeCurrentFolder());
+        QVERIFY(!QFileInfo::exists(unit::path(kCardMountPoint)));
     }
 
     void theListingKeepsItsWays()
@@ -215,6 +229,12 @@ private slots:
         QCOMPARE(note.line, QByteArray("012.34  14:05:09  [!] a < b & \"c\" -> %1\n"));
         QVERIFY(inspectionlog::entry(eVideoStop, 0, QString(), u"x"_s)
                     .row.contains("stop.png\"/></td>\n\t  <td>x</td>"));
+        for (const int failedPoll : {-1, -32768}) {
+            const auto lost = inspectionlog::entry(eVideoStop, static_cast<unsigned short>(failedPoll),
+                                                   u"14:05:09"_s, u"x"_s);
+            QVERIFY(lost.row.contains("<td>---.--</td>"));
+            QCOMPARE(lost.line, QByteArray("---.--  14:05:09  --| x\n"));
+        }
     }
 
     void aLogFollowsItsPage()
@@ -255,6 +275,18 @@ private slots:
             const QByteArray content = mended(second.left(cut));
             QVERIFY2(content == first || content == second, content.right(200).constData());
         }
+        // Overwritten in part: the old end is still there behind the new bytes.
+        const qsizetype table = first.lastIndexOf("</table>");
+        for (qsizetype cut = table; cut < first.size(); ++cut)
+            QCOMPARE(mended(second.left(cut) + first.mid(cut)), first);
+        const QString lines = inCurrentFolder(u"Torn.txt"_s);
+        card.put(page, second);
+        const QByteArray text = card.content(lines);
+        for (qsizetype cut = text.indexOf('\n') + 1; cut < text.size(); ++cut) {
+            card.put(lines, text.left(cut));
+            mended(second);
+            QCOMPARE(card.content(lines), cut == text.indexOf('\n') + 1 ? text.left(cut) : text);
+        }
         QCOMPARE(mended(empty.left(empty.indexOf("</table>"))),
                  QByteArray(empty).replace("\t</table>", "</table>"));
         QCOMPARE(mended(second), second);
@@ -263,6 +295,35 @@ private slots:
         QCOMPARE(mended("somebody else's"), QByteArray("somebody else's"));
         QVERIFY(!QFileInfo::exists(unit::path(inCurrentFolder(u"TUBX0003.jpg.tubix-new"_s))));
         QVERIFY(QFileInfo::exists(unit::path(inCurrentFolder(u"mine.new"_s))));
+    }
+
+    void whatPeopleWroteStays_data()
+    {
+        QTest::addColumn<QString>("extension");
+        QTest::addColumn<QByteArray>("written"); // behind all that is there
+        QTest::newRow("behind the page") << u".html"_s << QByteArray("checked, J. Smith");
+        QTest::newRow("a long text") << u".html"_s << QByteArray("<p>x</p>\n").repeated(3000);
+        QTest::newRow("half a page") << u".html"_s << QByteArray("<table><tr><td>1</td></tr>\n</table>");
+        QTest::newRow("a last line") << u".txt"_s << QByteArray("checked, J. Smith");
+        QTest::newRow("a figure") << u".txt"_s << QByteArray("0");
+        QTest::newRow("two bytes a letter") << u".txt"_s << QByteArray("c\0h\0\n\0", 6);
+    }
+    void whatPeopleWroteStays()
+    {
+        QFETCH(const QString, extension);
+        QFETCH(const QByteArray, written);
+        const CardWith card(u"Remarks"_s);
+        const QString file = inCurrentFolder(u"Remarks"_s + extension);
+        UpdateLogFiles(eImageCapture, 100, u"/x/first.jpg"_s, QString());
+        const QByteArray before = card.content(file) + written;
+        card.put(file, before);
+        CreateDCIMStructure(g_SavedFSInfo.currRootDirectory);
+        QCOMPARE(card.content(file), before);
+        UpdateLogFiles(eImageCapture, 200, u"/x/second.jpg"_s, QString());
+        QByteArray after = card.content(file);
+        const qsizetype row = after.indexOf(extension == u".txt" ? "\n002.00" : "\n\t<tr>\n\t  <td>002.00");
+        QVERIFY(row > 0);
+        QCOMPARE(after.remove(row, after.size() - before.size()), before);
     }
 
     // A damaged card may call a file of 3 GiB a page: no board has the memory to look for its rows.
@@ -314,12 +375,18 @@ private slots:
         QTEST(editedName(file, QTime(9, 7, 5)), "copy");
     }
 
-    void aSecondCopyInASecondIsAFileOfItsOwn()
+    void aNameIsGivenOnceAndNoNoteTakenOver()
     {
         const CardWith card(u"Pavilion.avi"_s);
         card.put(inCurrentFolder(u"TUBX0004_235959.jpg"_s), "x");
         card.put(inCurrentFolder(u"TUBX0004_000000.jpg"_s), "x");
-        QCOMPARE(freeEditedName(u"TUBX0004.jpg"_s, QTime(23, 59, 59)), u"TUBX0004_000001.jpg"_s);
+        card.put(inCurrentFolder(u"TUBX0004_000001.wav"_s), "somebody's");
+        QCOMPARE(freeEditedName(u"TUBX0004.jpg"_s, QTime(23, 59, 59)), u"TUBX0004_000002.jpg"_s);
+        card.put(inCurrentFolder(u"TUBX0001.wav"_s), "somebody's");
+        for (const QString &extension : {u".jpg"_s, u".avi"_s}) {
+            QVERIFY(!listing().contains(u"TUBX0001.jpg"_s));
+            QCOMPARE(freeCaptureName(extension), u"TUBX0002"_s + extension);
+        }
     }
 };
 

@@ -330,6 +330,40 @@ private slots:
         QVERIFY(QDir(unit::path(kDcimFolder)).isEmpty());
     }
 
+    void anInterruptedUpgradeIsOfferedAgainUnderItsNewKey()
+    {
+        const UpgradeUnit folder;
+        const QByteArray content = archive(
+            {instructions("ADD,upgrade.pub,/home/root/tubix4_app\nOVERRIGHT,tubix4,/home/root/tubix4_app\n"),
+             member("upgrade.pub", "another key\n"), member("tubix4", "new"), member("folder/", {}, '5')});
+        folder.put(kArchive, content);
+        QVERIFY(SystemUpgradePresent());
+        // The first sync after the key has been changed ends the process.
+        const QString sync = unit::path(u"/usr/bin/sync"_s);
+        QFile::remove(sync);
+        folder.put(u"/usr/bin/sync"_s, "#!/bin/sh\nread key < " + unit::path(kKey).toUtf8() +
+                                           " && [ \"$key\" = 'another key' ] && kill -9 $PPID\n");
+        QFile::setPermissions(sync, QFile::ReadOwner | QFile::ExeOwner);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ProcessSystemUpgrade();
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        QVERIFY(WIFSIGNALED(status) && QFileInfo::exists(unit::path(u"/home/root/tmp"_s)));
+        QFile::remove(sync);
+
+        removeUnfinishedUpgrade();
+        QVERIFY(!QFileInfo::exists(unit::path(u"/home/root/tmp"_s)));
+        folder.put(kArchive, content + QByteArray(512, '\0'));
+        QVERIFY(!SystemUpgradePresent()); // another archive
+        folder.insertAndConfirm(content);
+        QVERIFY(!QFileInfo::exists(unit::path(kArchive)));
+        folder.put(kArchive, content);
+        QVERIFY(!SystemUpgradePresent()); // done: the new key counts
+    }
+
     // Killed at 60 moments from its begin to its end: the application is the old one or the new one, and the
     // archive is offered again until all is done.
     void anUpgradeCutOffLeavesTheOldOneOrTheNewOne()
