@@ -269,6 +269,7 @@ private:
     void stopPlayback(); // whatever plays; the card is offered to a USB host again
     void showProgress(int percent);
     void endProgress();
+    void showFilmFrame();
     void followFilm(); // at every frame
     void followNote();
     void leaveFilm();

@@ -92,16 +92,22 @@ void MainWindow::enterPlaybackMovieResumePlaying()
 void MainWindow::enterPlaybackMoviePaused()
 {
     gst_PauseVideoFilePipeline();
+    showFilmFrame(); // the film went on since the last tick: what can be marked is what is seen
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
     ui->btn_menu_ThumbnailEditImage->setEnabled(true); // the frame that stands can be marked
 }
 
+void MainWindow::showFilmFrame()
+{
+    if (!g_FilmFrameReady)
+        return;
+    tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
+    ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
+}
+
 void MainWindow::followFilm()
 {
-    if (g_FilmFrameReady) {
-        tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
-        ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
-    }
+    showFilmFrame();
     ui->pb_PlaybackIndicator->setValue(g_PercentPlayback);
     if (!isOver(g_GstreamerVideoPlaybackPipelineState))
         return;
