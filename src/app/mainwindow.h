@@ -206,6 +206,7 @@ private:
     void repairFilms(); // those of the current folder whose writing was cut off
     void showRecordingEnded();
     void endRecordingWithoutCard();
+    void tellLostSound();       // the microphone's picture, for a moment
     void followNetworkStream(); // switched off when the pipeline gave it up
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
