@@ -141,7 +141,7 @@ create_application()
 camera="pipecamera device=\"${root}/dev/video0\""
 display=fakesink sync=true
 converter=videoconvert
-jpegencoder=jpegenc
+jpegencoder=videobalance name=fullrange ! jpegenc
 mp3encoder=lamemp3enc ! mpegaudioparse
 microphone=audiotestsrc is-live=true wave=sine freq=440 volume=0.1
 speaker=fakesink sync=true

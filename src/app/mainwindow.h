@@ -214,6 +214,7 @@ private:
     void followRecording();    // running time, size, and room on the card, at every frame
     void saveFilmThumbnail(const QString &name);
     void repairFilms();         // those of the current folder whose writing was cut off
+    void tellLostSound();       // the microphone's picture, for a moment
     void followNetworkStream(); // switched off when the pipeline gave it up
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
@@ -249,6 +250,7 @@ private:
     void stopPlayback(); // whatever plays; the card is offered to a USB host again
     void showProgress(int percent);
     void endProgress();
+    void showFilmFrame();
     void followFilm(); // at every frame
     void followNote();
     void endPlayback(); // of what has come to its end, or failed

@@ -72,16 +72,22 @@ void MainWindow::enterPlaybackMovieResumePlaying()
 void MainWindow::enterPlaybackMoviePaused()
 {
     gst_PauseVideoFilePipeline();
+    showFilmFrame(); // the film went on since the last tick: what can be marked is what is seen
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
+}
+
+void MainWindow::showFilmFrame()
+{
+    if (!g_FilmFrameReady)
+        return;
+    m_selectedFileIsReadable = true; // whatever its first frame was like
+    tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
+    ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
 }
 
 void MainWindow::followFilm()
 {
-    if (g_FilmFrameReady) {
-        m_selectedFileIsReadable = true; // whatever its first frame was like
-        tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
-        ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
-    }
+    showFilmFrame();
     ui->pb_PlaybackIndicator->setValue(g_PercentPlayback);
     if (isOver(g_GstreamerVideoPlaybackPipelineState))
         announce(UnitEvent::PlaybackOver);

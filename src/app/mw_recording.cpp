@@ -23,6 +23,7 @@
 
 namespace {
 
+constexpr int kLostSoundShown = 3000;   // ms
 constexpr int kCardCheckTicks = 15;     // frames between two looks at the card's room and the film's size
 constexpr qint64 kLongestStart = 12000; // ms to a film's first picture: a slow camera and a mute microphone
 
@@ -90,12 +91,26 @@ void MainWindow::enterLiveSavingMovie()
 void MainWindow::followRecording()
 {
     ui->lbl_VideoLengthIndicator->setText(runningTimeText(elapsedTime.elapsed()));
+    if (gst_TakeLostSound())
+        tellLostSound();
     if (nFrame % kCardCheckTicks != 0)
         return;
     if (isDiskFull())
         announce(UnitEvent::FilmEnds);
     else if (QFileInfo(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName))).size() >= filmlimit::bytes())
         continueInNextFilm();
+}
+
+void MainWindow::tellLostSound()
+{
+    auto *sign = new QLabel(this);
+    sign->setObjectName(QStringLiteral("lbl_LostSound"));
+    sign->setPixmap(QPixmap(graphic("btn_tools_microphone_off.png")));
+    sign->setAttribute(Qt::WA_TransparentForMouseEvents);
+    sign->adjustSize();
+    sign->move(ui->labelInputVideo->geometry().center() - sign->rect().center());
+    sign->show();
+    QTimer::singleShot(kLostSoundShown, sign, &QObject::deleteLater);
 }
 
 // Whoever looks at the screen sees the recording go on, running time and all. First the new film, then what

@@ -3,8 +3,10 @@
 #include "media/filmstart.h"
 #include "media/filmsync.h"
 #include "media/framecopy.h"
+#include "media/fullrange.h"
 #include "media/soundpackets.h"
 #include "media/videoinputlayout.h"
+#include "media/viewers.h"
 #include "media/zoom.h"
 
 #include <QLoggingCategory>
@@ -14,6 +16,7 @@
 #include <malloc.h>
 #include <optional>
 #include <sys/stat.h>
+#include <utility>
 
 struct_VideoInputPipeline g_gst_Pipeline = {};
 std::array<quint8 *, 2> g_pcFrameBuffer = {};
@@ -34,9 +37,6 @@ Q_LOGGING_CATEGORY(log, "tubix.media")
 constexpr guint kEndLimitMs = 3000;
 constexpr guint kSoundLimitMs = 3000; // from the build to the first sound
 constexpr int kStreamPort = 1234;
-constexpr gint64 kPicturesBehind = 5; // of a viewer, 0.2 s
-constexpr gint64 kMostPicturesBehind = 25;
-constexpr guint64 kViewerPatience = 10 * GST_SECOND; // for one that takes nothing
 
 char g_gst_VideoFileName[1024] = "";
 char g_gst_currDamageCatelogText[1024] = "";
@@ -48,7 +48,9 @@ guint g_busWatch = 0;
 guint g_endTimeout = 0;
 guint g_soundTimeout = 0;
 
-std::optional<FilmSync> g_filmSync; // of the film that is being recorded
+std::optional<FilmSync> g_filmSync;           // of the film that is being recorded
+std::shared_ptr<const FilmStart> g_filmStart; // of one with sound
+bool g_hasLostSound = false;                  // a film began anew without its microphone; not told yet
 
 constexpr gint64 kCurrentPicture = G_USEC_PER_SEC; // microseconds: an older frame is not of this moment
 
@@ -100,6 +102,7 @@ void tearDown()
     enterState(GST_STATE_READY, "\ndid not set to state READY");
     enterState(GST_STATE_NULL, "\ndid not set to state NULL");
     g_filmSync.reset();
+    g_filmStart.reset();
     for (const auto handle : kHandles) {
         if (GstElement *&element = g_gst_Pipeline.*handle; element) {
             gst_object_unref(element);
@@ -172,7 +175,22 @@ void overrunCB(GstElement *queue, gpointer)
     qCDebug(log) << "Element name:" << QString::fromUtf8(name.get()) << "OVERRUN";
 }
 
-void handleError(GstMessage *message)
+// A microphone that cannot be opened, or opens and gives nothing, costs a film its sound: there is nothing in
+// the film yet, and it begins anew.
+void beginAnewWithoutSound()
+{
+    qCWarning(log) << "no sound from the microphone, the film goes on without";
+    g_hasLostSound = true;
+    g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
+    tearDownAndRebuild();
+}
+
+bool isWithoutSoundYet()
+{
+    return g_filmStart && !g_filmStart->hasSound && !g_endTimeout;
+}
+
+void printError(GstMessage *message)
 {
     GError *rawError = nullptr;
     gchar *rawDetail = nullptr;
@@ -184,8 +202,17 @@ void handleError(GstMessage *message)
     if (detail)
         g_print("Additional debug info:\n%s\n", detail.get());
     GST_DEBUG_BIN_TO_DOT_FILE(GST_BIN(g_gst_Pipeline.pipeline), GST_DEBUG_GRAPH_SHOW_ALL, "videoinput-error");
+}
+
+void handleError(GstMessage *message)
+{
+    printError(message);
     if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError)
         return; // one fault, told by several elements: the recording is ending already
+    if (isWithoutSoundYet() && isBefore(g_gst_Pipeline.audiomuxQueue, GST_MESSAGE_SRC(message))) {
+        beginAnewWithoutSound();
+        return;
+    }
     if (g_gst_VideoPipelineMode == eGSTStateRecordingWithAudio ||
         g_gst_VideoPipelineMode == eGSTStateRecordingWithoutAudio) {
         // The end of stream closes the film; whoever ends the recording then rebuilds.
@@ -231,6 +258,8 @@ gboolean VideoInput_bus_call(GstBus *, GstMessage *message, gpointer)
     return TRUE;
 }
 
+// Null when elements are missing or do not fit together: what could be made of it is no pipeline for us. A
+// description that is none ends the process.
 GstElement *parseLaunch(eGstreamerState layout)
 {
     const QByteArray description = videoInputLaunch(layout, boardElements()).toUtf8();
@@ -238,22 +267,33 @@ GstElement *parseLaunch(eGstreamerState layout)
     GError *rawError = nullptr;
     GstElement *pipeline = gst_parse_launch(description.constData(), &rawError);
     const GErrorOwner error(rawError);
-    // A recoverable error leaves a pipeline that lacks what it could not make: no pipeline for us.
-    if (error || !pipeline) {
+    if (error || !pipeline)
         g_print("Parse error: %s\n", error ? error->message : "no pipeline");
+    if (!pipeline)
         std::exit(1); // NOLINT(concurrency-mt-unsafe): the interface has it so
-    }
+    if (error)
+        gst_object_unref(std::exchange(pipeline, nullptr));
     return pipeline;
 }
 
-// A viewer that falls behind goes on with the latest picture, one that takes nothing is let go: the pictures
-// that wait for viewers are few, however many there are.
-void limitViewers(GstElement *server)
+// Builds the layout, or the one that lacks what could not be built: a film its sound, a stream its viewers.
+// Gives the one that stands; nothing stands after an error mark.
+eGstreamerState buildLayout(eGstreamerState layout)
 {
-    gst_util_set_object_arg(G_OBJECT(server), "unit-format", "buffers");
-    gst_util_set_object_arg(G_OBJECT(server), "recover-policy", "latest");
-    g_object_set(server, "units-soft-max", kPicturesBehind, "units-max", kMostPicturesBehind, "timeout",
-                 kViewerPatience, nullptr);
+    g_gst_Pipeline.pipeline = parseLaunch(layout);
+    if (g_gst_Pipeline.pipeline)
+        return layout;
+    switch (layout) {
+    case eGSTStateRecordingWithAudio:
+        g_hasLostSound = true;
+        return buildLayout(eGSTStateRecordingWithoutAudio);
+    case eGSTStateStreaming:
+        return buildLayout(eGSTStateLiveVideo);
+    case eGSTStateRecordingWithoutAudio:
+        return eGSTStateVideoRecordError;
+    default:
+        return eGSTStateError;
+    }
 }
 
 // Marks the moment in which the muxer gets the film's first picture.
@@ -291,7 +331,6 @@ void configureLayout(eGstreamerState layout)
     default:
         g_gst_Pipeline.videocrop = lookUp("videocrop");
         g_gst_Pipeline.scale = lookUp("videoscale");
-        g_object_set(g_gst_Pipeline.scale, "add-borders", FALSE, nullptr);
         break;
     }
 }
@@ -314,16 +353,11 @@ void connectQueues()
     }
 }
 
-// A microphone that opens and gives nothing would hold the pictures back for good: the film begins anew
-// without it.
 gboolean soundIsDue(gpointer)
 {
     g_soundTimeout = 0;
-    if (!g_endTimeout && waitsForSound(g_gst_Pipeline.videomuxQueue)) {
-        qCWarning(log) << "no sound from the microphone, the film goes on without";
-        g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
-        tearDownAndRebuild();
-    }
+    if (isWithoutSoundYet())
+        beginAnewWithoutSound();
     return G_SOURCE_REMOVE;
 }
 
@@ -332,7 +366,7 @@ void startWithSound()
     const GstOwner<GstElement> muxer(lookUp("mux"));
     releaseSoundPackets(muxer.get());
     g_object_set(g_gst_Pipeline.videosavesink, "enable-last-sample", FALSE, nullptr); // it keeps none of them
-    startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
+    g_filmStart = startTogether(g_gst_Pipeline.videomuxQueue, g_gst_Pipeline.audiomuxQueue);
     g_soundTimeout = g_timeout_add(kSoundLimitMs, soundIsDue, nullptr);
 }
 
@@ -405,12 +439,13 @@ void gst_VideoInputPipeline(unsigned long)
     g_filmFileFailed = false;
     if (wouldOverwriteFilm())
         g_gst_VideoPipelineMode = eGSTStateLiveVideo;
-    const eGstreamerState layout = layoutForMode(g_gst_VideoPipelineMode);
+    const eGstreamerState layout = buildLayout(layoutForMode(g_gst_VideoPipelineMode));
     // The mark of a failed recording stays until the recording is ended; any other strange value is
     // forgotten.
-    if (g_gst_VideoPipelineMode != eGSTStateVideoRecordError)
+    if (g_gst_VideoPipelineMode != eGSTStateVideoRecordError || layout == eGSTStateError)
         g_gst_VideoPipelineMode = layout;
-    g_gst_Pipeline.pipeline = parseLaunch(layout);
+    if (!g_gst_Pipeline.pipeline)
+        return;
     gst_element_set_name(g_gst_Pipeline.pipeline, "pipeline");
     configureLayout(layout);
 
@@ -419,6 +454,8 @@ void gst_VideoInputPipeline(unsigned long)
     g_signal_connect(g_gst_Pipeline.videosink, "new-sample", G_CALLBACK(new_buffer), nullptr);
     setTextOverlays();
     connectQueues();
+    if (const GstOwner<GstElement> balance(lookUp("fullrange")); balance)
+        stretchToFullRange(balance.get());
     if (layout == eGSTStateRecordingWithAudio)
         startWithSound();
 
@@ -502,6 +539,7 @@ void gst_StartRecordingAVIFile(const char *path, int length)
                 "*******************************\n");
         g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
     }
+    g_hasLostSound = false;
     copyText(g_gst_VideoFileName, path, length);
     gst_SendVideoInputPipelineEOS(false);
 }
@@ -530,6 +568,11 @@ void gst_UpdateVideoMeterCount(const char *text, int length)
     copyText(g_gst_currMeterCount, text, length);
     if (g_gst_Pipeline.meterCount && shown != g_gst_currMeterCount) // a text that is set is drawn anew
         setOverlayText(g_gst_Pipeline.meterCount, g_gst_currMeterCount);
+}
+
+bool gst_TakeLostSound()
+{
+    return std::exchange(g_hasLostSound, false);
 }
 
 void gst_EnableAudioRecording(int on)

@@ -41,7 +41,9 @@ extern GMainLoop *g_VideoInput_loop; // made at start, quit on every teardown, n
 
 // Builds and starts the pipeline for g_gst_VideoPipelineMode, after ending the one that still lives. A mode
 // without a layout of its own becomes the live mode. `winId` is unused. A description that does not parse
-// ends the process with status 1. A network stream that cannot be served (no address, a busy port) is given
+// ends the process with status 1. Where elements are missing or do not fit together, a film has no sound, a
+// stream no viewers; what then still cannot be built leaves no pipeline and eGSTStateVideoRecordError (a
+// film) or eGSTStateError. A network stream that cannot be served (no address, a busy port) is given
 // up a moment later: the mode is eGSTStateLiveVideo then, and the live layout runs.
 void gst_VideoInputPipeline(unsigned long winId);
 
@@ -75,6 +77,9 @@ void gst_SetZoomLevel(unsigned char zoomStep);
 // Starts a film into the file at `path` (a host path, `length` bytes of it): the running pipeline ends, and
 // the recording layout is built, with sound when the microphone is on.
 void gst_StartRecordingAVIFile(const char *path, int length);
+
+// True once after a film has begun anew because its microphone gave no sound.
+bool gst_TakeLostSound();
 
 // Texts burnt into a recording or stream, as the user sees them (escaped for the overlay here alone).
 // `length`: bytes of `text`. A damage text is taken only while such a layout runs; with length 0 it is

@@ -17,6 +17,9 @@ namespace {
 // Of playbin's flags: video, audio, and a volume of its own, since a speaker without one makes it warn.
 constexpr guint kPlayFlags = 0x1 | 0x2 | 0x10;
 
+// A film that stands has its next picture at hand; one whose card hangs must not hold the screen.
+constexpr GstClockTime kPauseLimit = GST_SECOND / 2;
+
 guint g_busWatch = 0;
 
 void printTime(gint64 position, quint64 length)
@@ -143,6 +146,7 @@ void gst_PauseVideoFilePipeline()
     if (!g_gst_PlaybackPipeline.playbin2)
         return;
     gst_element_set_state(g_gst_PlaybackPipeline.playbin2, GST_STATE_PAUSED);
+    gst_element_get_state(g_gst_PlaybackPipeline.playbin2, nullptr, nullptr, kPauseLimit);
     g_GstreamerVideoPlaybackPipelineState = eGSTStatePaused;
 }
 

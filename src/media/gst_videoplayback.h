@@ -31,8 +31,12 @@ extern GMainLoop *g_VideoPlayback_loop;    // made at start, quit at an end, nev
 void gst_VideoPlayback(const char *filenameandpath, double duration);
 
 void gst_QueueVideoFilePipeline(); // a film is chosen, not started: only the state
-void gst_PauseVideoFilePipeline(); // without a film that plays: nothing
-void gst_PlayVideoFilePipeline();  // without a pipeline: nothing
+
+// Waits until the film stands (0.5 s at most): from then on the picture in the buffer stays. Without a film
+// that plays: nothing.
+void gst_PauseVideoFilePipeline();
+
+void gst_PlayVideoFilePipeline(); // without a pipeline: nothing
 
 // Ends and releases the pipeline. Only when queued, paused or playing; else nothing.
 void gst_StopVideoFilePipeline();

@@ -52,10 +52,19 @@ GstPadProbeReturn bufferLeaves(GstPad *, GstPadProbeInfo *info, gpointer data)
     return GST_PAD_PROBE_OK;
 }
 
+bool keepsSoundPackets(GstElement *muxer)
+{
+    const GstOwner<GstPlugin> plugin(
+        gst_plugin_feature_get_plugin(GST_PLUGIN_FEATURE(gst_element_get_factory(muxer))));
+    return plugin && std::string_view(gst_plugin_get_version(plugin.get())).starts_with("1.22.");
+}
+
 } // namespace
 
 void releaseSoundPackets(GstElement *muxer)
 {
+    if (!keepsSoundPackets(muxer))
+        return;
     const GstOwner<GstPad> pad(gst_element_get_static_pad(muxer, "src"));
     gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, bufferLeaves, new WrittenPacket,
                       [](gpointer data) { delete static_cast<WrittenPacket *>(data); });

@@ -1,4 +1,5 @@
 // The browser on the real window: pages, one file at full size, films, voice notes, deleting, renaming.
+#include "app/picturelabel.h"
 #include "app/screen.h"
 
 #include "dialogs/keyboardwidget.h"
@@ -7,12 +8,15 @@
 #include "media/gst_videoplayback.h"
 
 #include <QBuffer>
+#include <QDeadlineTimer>
 #include <QListWidget>
 #include <QProcess>
 #include <QProgressBar>
 #include <QRandomGenerator>
 #include <QSet>
+#include <QSignalSpy>
 #include <QTest>
+#include <QThread>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -210,6 +214,19 @@ public:
 // TUBIX_TOUCHES asks for a longer walk than a test run has time for.
 const int kRandomTouches = std::max(300, qEnvironmentVariableIntValue("TUBIX_TOUCHES"));
 
+QByteArray filmFrame()
+{
+    return QByteArray(reinterpret_cast<const char *>(g_pcFrameBuffer[g_fbOutIdx]), kFrameBytes);
+}
+
+// Without a turn of the event loop.
+void waitForNextFilmFrame()
+{
+    const QByteArray shown = filmFrame();
+    for (const QDeadlineTimer limit(5000); filmFrame() == shown && !limit.hasExpired();)
+        QThread::yieldCurrentThread();
+}
+
 void touchSomething(Browser &screen, QRandomGenerator &dice)
 {
     constexpr std::array buttons = {"btn_menu_Thumbnails",
@@ -367,8 +384,13 @@ private slots:
         QVERIFY(!screen.isTouchable("btn_menu_ThumbnailDeleteImage"));
         QTRY_VERIFY_WITH_TIMEOUT(screen.progress() > 20, 10000);
         QVERIFY(screen.shown() != still);
+        waitForNextFilmFrame(); // that the pump has not shown
+        QSignalSpy painted(screen.window.findChild<PictureLabel *>(), &PictureLabel::framePainted);
         screen.touchAt(kPlay);
         QCOMPARE(g_GstreamerVideoPlaybackPipelineState, eGSTStatePaused);
+        const QByteArray standing = filmFrame();
+        QTRY_VERIFY(!painted.isEmpty()); // what the editor would get is what is seen
+        QCOMPARE(filmFrame(), standing);
         const int paused = screen.progress();
         screen.touchAt(kPlay);
         QTRY_VERIFY_WITH_TIMEOUT(screen.progress() > paused, 10000);

@@ -1,6 +1,7 @@
 #include "testunit.h"
 
 #include "media/gst_videoinput.h"
+#include "media/gst_videoplayback.h"
 #include "media/videoinputlayout.h"
 #include "media/zoom.h"
 
@@ -26,6 +27,47 @@ void useRoles(const TestUnit &folder, const QByteArray &conf)
 {
     folder.put(kBoardConf, conf);
     resetBoardElementsForTests();
+}
+
+constexpr int kBarBytes = 300 * kFrameWidth * 2; // the pattern's still part
+
+QByteArray frame()
+{
+    return QByteArray(reinterpret_cast<const char *>(g_pcFrameBuffer[0]), kFrameBytes);
+}
+
+// Red, green, blue of the middle of each of the seven bars.
+QList<int> barsOnScreen()
+{
+    const auto *pixels = reinterpret_cast<const quint16 *>(g_pcFrameBuffer[0]) + 200 * kFrameWidth;
+    QList<int> bars;
+    for (int x = 51; x < kFrameWidth; x += 103)
+        bars << (pixels[x] >> 11) * 255 / 31 << (pixels[x] >> 5 & 63) * 255 / 63
+             << (pixels[x] & 31) * 255 / 31;
+    return bars;
+}
+
+QList<int> barsInFilm(const QString &film)
+{
+    QProcess decoder;
+    decoder.start(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, film, u"-frames:v"_s, u"1"_s, u"-pix_fmt"_s,
+                                u"rgb24"_s, u"-f"_s, u"rawvideo"_s, u"-"_s});
+    decoder.waitForFinished();
+    const QByteArray pixels = decoder.readAllStandardOutput();
+    QList<int> bars;
+    for (int x = 51; x < kFrameWidth; x += 103) {
+        for (int i = 0; i < 3; ++i)
+            bars << uchar(pixels.at((200 * kFrameWidth + x) * 3 + i));
+    }
+    return bars;
+}
+
+int largestDifference(const QList<int> &some, const QList<int> &others)
+{
+    int largest = 0;
+    for (qsizetype i = 0; i < some.size(); ++i)
+        largest = std::max(largest, std::abs(some[i] - others[i]));
+    return largest;
 }
 
 GstElement *cropElement()
@@ -87,12 +129,13 @@ private slots:
     {
         QCOMPARE(
             videoInputLaunch(eGSTStateLiveVideo, boardRoles()),
-            u"mfw_v4lsrc do-timestamp=true ! queue ! videocrop name=videocrop ! videoscale name=videoscale ! "
-            "video/x-raw, width=720, height=576 ! tee name=videooutTee ! queue ! mfw_v4lsink "
+            u"mfw_v4lsrc do-timestamp=true ! queue ! videocrop name=videocrop ! videoscale add-borders=false "
+            "name=videoscale ! video/x-raw, width=720, height=576 ! tee name=videooutTee ! queue ! "
+            "mfw_v4lsink "
             "deinterlace=true name=videosink videooutTee. ! queue ! mfw_ipucsc ! video/x-raw, format=RGB16, "
             "width=720, height=576 ! appsink name=appsink max-buffers=1 drop=true"_s);
         const QString withAudio = videoInputLaunch(eGSTStateRecordingWithAudio, boardRoles());
-        QVERIFY(withAudio.startsWith(u"mfw_v4lsrc do-timestamp=true queue-size=10 ! tee"_s));
+        QVERIFY(withAudio.startsWith(u"mfw_v4lsrc do-timestamp=true queue-size=10 ! videoscale "_s));
         QVERIFY(withAudio.contains(u"framerate=15/1"_s));
         QVERIFY(!withAudio.contains(u"mfw_v4lsink"_s)); // the GUI alone shows a recording
         const QString silent = videoInputLaunch(eGSTStateRecordingWithoutAudio, boardRoles());
@@ -115,7 +158,8 @@ private slots:
         QVERIFY(!displayDraws(boardElements()));
     }
 
-    void theLivePictureArrivesAndIsCropped()
+    // What the GUI magnifies is the whole frame: live as while a film is recorded.
+    void theLivePictureArrivesWholeAndItsDisplayIsCropped()
     {
         const TestUnit folder({u"/home/root/tubix4_app"_s});
         useRoles(folder, kDesk);
@@ -128,8 +172,10 @@ private slots:
         QCOMPARE(cropOf("left"), 200);
         QCOMPARE(cropOf("bottom"), 160);
         QCOMPARE(cropOf("right"), 160);
+        const QByteArray whole = frame();
         const int zoomed = nBuffers;
-        QTRY_VERIFY(nBuffers > zoomed + 3); // the smaller cut-out still comes as a whole frame
+        QTRY_VERIFY(nBuffers > zoomed + 3);
+        QCOMPARE(frame().left(kBarBytes), whole.left(kBarBytes));
     }
 
     void exactlyOnePipelineLives()
@@ -188,6 +234,51 @@ private slots:
         gst_SendVideoInputPipelineEOS(true);
         QTRY_VERIFY(!g_gst_Pipeline.pipeline);
         QVERIFY(QFile(QString::fromUtf8(film)).size() > 0);
+    }
+
+    void filmScreenAndPlaybackShowTheSameColours_data()
+    {
+        QTest::addColumn<QByteArray>("camera");
+        QTest::newRow("as PAL has it") << QByteArray("I420,width=720,height=576,colorimetry=bt601");
+        QTest::newRow("full range") << QByteArray("I420,width=720,height=576,colorimetry=1:4:0:0");
+        QTest::newRow("another size") << QByteArray("YUY2,width=640,height=480");
+    }
+    void filmScreenAndPlaybackShowTheSameColours()
+    {
+        QFETCH(const QByteArray, camera);
+        const TestUnit folder({u"/home/root/tubix4_app"_s});
+        useRoles(folder, "[roles]\ndisplay=fakesink sync=true\nconverter=videoconvert\n"
+                         "speaker=fakesink sync=true\ncamera=\"videotestsrc is-live=true ! "
+                         "video/x-raw,framerate=25/1,format=" +
+                             camera + "\"\n");
+        gst_EnableAudioRecording(0);
+        const QString film = unit::path(u"/film.avi"_s);
+        const int before = nBuffers;
+        gst_StartRecordingAVIFile(film.toUtf8().constData(), int(film.toUtf8().size()));
+        QTRY_VERIFY(nBuffers > before + 10);
+        const QList<int> screen = barsOnScreen();
+        gst_EndVideoInputPipeline();
+        QVERIFY(largestDifference(barsInFilm(film), screen) <= 8);
+        gst_VideoPlayback(film.toUtf8().constData(), 0);
+        QTRY_VERIFY(g_FilmFrameReady);
+        QVERIFY(largestDifference(barsOnScreen(), screen) <= 8);
+        gst_StopVideoFilePipeline();
+    }
+
+    void whatDoesNotFitTogetherIsAMarkAndNoEnd()
+    {
+        const TestUnit folder({u"/home/root/tubix4_app"_s});
+        useRoles(folder, kDesk + "jpegencoder=audioconvert\n");
+        gst_EnableAudioRecording(0);
+        gst_StartRecordingAVIFile("/tmp/none", 9);
+        QCOMPARE(g_gst_VideoPipelineMode, eGSTStateVideoRecordError);
+        QVERIFY(!g_gst_Pipeline.pipeline);
+        g_gst_VideoPipelineMode = eGSTStateStreaming;
+        gst_VideoInputPipeline(0);
+        QCOMPARE(g_gst_VideoPipelineMode, eGSTStateLiveVideo);
+        useRoles(folder, "[roles]\ncamera=audiotestsrc\ndisplay=fakesink\n");
+        gst_VideoInputPipeline(0);
+        QCOMPARE(g_gst_VideoPipelineMode, eGSTStateError);
     }
 
     void aFilmThatCannotBeWrittenMarksTheErrorAndEnds()
