@@ -14,6 +14,8 @@
 void MainWindow::announce(UnitEvent event)
 {
     m_events.add(event);
+    if (event == UnitEvent::CardRemoved && QApplication::activeModalWidget())
+        emit SDCardRemoved(); // what works on the card closes now; the rest follows when it is gone
     takeEvents();
 }
 
