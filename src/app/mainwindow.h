@@ -198,7 +198,8 @@ private:
     void logCapture(eLogFileOperation operation, const QString &name); // at the meter count
     void showCurrentFolder();
     bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
-    void tellCardLost();
+    void tell(const char *picture);
+    void tellCardLost(); // what was being written is gone
     void tellCardTakesNothing(); // full, or cannot be written: the picture that fits
 
     // --- mw_recording.cpp: films ---
@@ -207,6 +208,7 @@ private:
     void noteFilmStart(); // from here on it is a film on the card
     void endFilm();
     void closeFilm(); // its end is on the card, and its row
+    void dropFilm();
     void giveUpFilm();
     void endRecordingWithoutCard();
     void backToLiveView();

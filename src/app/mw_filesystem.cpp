@@ -32,21 +32,23 @@ bool MainWindow::confirm(const char *picture)
     return box.returnStatus;
 }
 
-// What was being written is lost: this stays until it is seen, the card being gone already.
+// Nothing is asked: it stays until it is seen, also when the card is gone meanwhile.
+void MainWindow::tell(const char *picture)
+{
+    ConfirmationBox(QPixmap(graphic(picture)), this).exec();
+}
+
 void MainWindow::tellCardLost()
 {
     flagCorruptSDCard();
-    ConfirmationBox box(QPixmap(graphic("confirmation_corrupt_sdcard.png")), this);
-    box.exec();
+    tell("confirmation_corrupt_sdcard.png");
 }
 
 // A card that is full, or one that cannot be written: whoever touched has to know that nothing was saved.
 void MainWindow::tellCardTakesNothing()
 {
-    if (SDCardInfo.inserted && SDCardInfo.avail < kLeastAvailable)
-        confirm("confirmation_disk_full.png");
-    else
-        confirm("confirmation_corrupt_sdcard.png");
+    const bool isFull = SDCardInfo.inserted && SDCardInfo.avail < kLeastAvailable;
+    tell(isFull ? "confirmation_disk_full.png" : "confirmation_corrupt_sdcard.png");
 }
 
 void MainWindow::showCurrentFolder()
@@ -112,7 +114,8 @@ void MainWindow::enterSDCardRemoved()
     const eMainStates previous = g_prevMainState;
     Sleeper::sleep(1);
     updateMainMenuSDCardInfo();
-    m_card = Card::Gone;
+    // A mount that still shows then is the pulled card's; any other is news.
+    m_card = m_card == Card::Taken && mountTableShowsCard() ? Card::Gone : Card::Awaited;
     ui->lbl_menu_Format_Media_Capacity->setText(QStringLiteral("----"));
     ui->pb_menu_StorageCapacity->setValue(0);
     ActivateMSDC(false);

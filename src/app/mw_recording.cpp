@@ -166,13 +166,18 @@ void MainWindow::closeFilm()
 }
 
 // No picture came, or no file: nothing of it stays, neither on the card nor in the logs.
-void MainWindow::giveUpFilm()
+void MainWindow::dropFilm()
 {
-    const bool fileFailed = gst_FilmFileFailed();
     m_film = Film::None;
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     gst_EndVideoInputPipeline();
     QFile::remove(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)));
+}
+
+void MainWindow::giveUpFilm()
+{
+    const bool fileFailed = gst_FilmFileFailed();
+    dropFilm();
     backToLiveView();
     if (fileFailed)
         tellCardTakesNothing();
@@ -200,7 +205,7 @@ void MainWindow::closeOpenRecords()
     if (m_film == Film::Runs)
         closeFilm();
     else if (m_film == Film::Awaited)
-        giveUpFilm();
+        dropFilm();
     if (g_MainState == eStatePlaybackSnapshotRecordingAudio) {
         recordAudioTimer->stop();
         endNoteRecording();

@@ -181,6 +181,7 @@ void MainWindow::shutDown()
     m_touches->close();
     emit BusyIndicator(true);
     const bool endedPicture = m_screen == ScreenKind::Live || m_screen == ScreenKind::Recording;
+    imageTimer->stop();
     closeOpenRecords(); // a film is on the card, whole, before the power goes
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));
     if (powerOff())

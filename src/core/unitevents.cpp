@@ -39,7 +39,9 @@ bool mayAskForUpgrade(ScreenKind screen)
 
 bool closesDialogs(UnitEvent event, ScreenKind screen, eMainStates state, bool actionIsAtWork)
 {
-    const bool passesThrough = actionIsAtWork && factsOf(state).removal == Removal::Restore;
+    // At its end a film is closed before anything is told.
+    const bool passesThrough = actionIsAtWork && (factsOf(state).removal == Removal::Restore ||
+                                                  state == eStateLiveTerminateSavingMovie);
     switch (event) {
     case UnitEvent::Shutdown:
     case UnitEvent::FilmEnds:
