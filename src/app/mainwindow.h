@@ -165,6 +165,7 @@ private:
     void SetImagerLEDBrightness(qint8 value);
 
     // --- mw_system.cpp: the 200 ms check ---
+    void followDisplay();
     void showCableLength();
     void endDamageNote();
     void showBattery();
@@ -193,13 +194,14 @@ private:
     void refreshFolder(); // the current folder gets what it lacks, and is listed
     void offerUpgrade();
     void endCardEvent(eMainStates event, eMainStates previous);
+    bool mayCapture(eMainStates state);
     void awaitStill();
     void savePicture();
     void logCapture(eLogFileOperation operation, const QString &name); // at the meter count
     void showCurrentFolder();
     bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
     void tell(const char *picture);
-    void tellCardLost(); // what was being written is gone
+    void tellCardLost();         // what was being written is gone
     void tellCardTakesNothing(); // full, or cannot be written: the picture that fits
 
     // --- mw_recording.cpp: films ---
@@ -277,6 +279,7 @@ private:
 
     // --- toolsmenu.cpp: the tools page and its settings ---
     void chooseLivePipelineMode(); // live view or stream, for the next build
+    void lookForAddress();
     void initToolsMenu();
     void UpdateMenuSystemInformation();
     void updateMainMenuSDCardInfo();

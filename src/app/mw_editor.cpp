@@ -166,11 +166,14 @@ void MainWindow::enterPlaybackEditDeleteItem()
 
 void MainWindow::enterPlaybackEditSaveImage()
 {
-    if (isDiskFull() || !restoreCurrentFolder()) {
-        restoreMainState(g_prevMainState);
+    const eMainStates previous = g_prevMainState;
+    if (isDiskFull() && SDCardInfo.inserted) {
+        restoreMainState(previous);
         tellCardTakesNothing();
         return;
     }
+    if (!mayCapture(previous))
+        return;
     m_editedName = freeEditedName(g_SavedFSInfo.currSelectedFile, QTime::currentTime());
     ui->lbl_saving_filename->setText(m_editedName);
     ui->lbl_saving_thumbnail->setPixmap(QPixmap::fromImage(mainScene->rendered().scaled(

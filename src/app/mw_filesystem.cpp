@@ -166,15 +166,30 @@ void MainWindow::logCapture(eLogFileOperation operation, const QString &name)
 // The picture of this moment is saved, or none: a camera that has just been started gets its time.
 void MainWindow::enterLiveSavingStill()
 {
-    if (!SDCardInfo.inserted || !restoreCurrentFolder()) {
-        restoreMainState(eStateLive);
-        tellCardTakesNothing();
-    } else if (gst_PictureIsCurrent()) {
+    if (!mayCapture(eStateLive))
+        return;
+    if (gst_PictureIsCurrent()) {
         savePicture();
-    } else {
-        m_awaitedSince.start();
-        imageTimer->start();
+        return;
     }
+    m_awaitedSince.start();
+    imageTimer->start();
+}
+
+// Asked before whatever writes a capture, just after the look at the card's room. No: the user is told, and
+// the unit is back in `state`.
+bool MainWindow::mayCapture(eMainStates state)
+{
+    if (usbHostIsAttached()) { // since the last look
+        restoreMainState(state);
+        announce(UnitEvent::UsbChanged);
+        return false;
+    }
+    if (SDCardInfo.inserted && mountTableShowsCard() && restoreCurrentFolder())
+        return true;
+    restoreMainState(state);
+    tellCardTakesNothing();
+    return false;
 }
 
 void MainWindow::awaitStill()

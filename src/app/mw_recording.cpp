@@ -50,11 +50,8 @@ void MainWindow::startFilm()
 // file and no number is used up for nothing.
 void MainWindow::enterLiveSavingMovieQueued()
 {
-    if (!restoreCurrentFolder() || !SDCardInfo.inserted) {
-        restoreMainState(eStateLive);
-        tellCardTakesNothing();
+    if (!mayCapture(eStateLive))
         return;
-    }
     startFilm();
     clearLiveVideoLabel();
     m_hasPicture = false;

@@ -53,10 +53,7 @@ void MainWindow::systemCheck()
         return;
     }
     followNetworkStream();
-    // Where the board's overlay plane draws, nothing is painted here: the first frame received is on the
-    // screen.
-    if (g_InputFrameReady && !m_isReady && displayDraws(boardElements()))
-        announceReady();
+    followDisplay();
     if (m_i2cRetries < kMostMeterRetries)
         showCableLength();
     if (m_i2cRetries >= kMostMeterRetries) {
@@ -74,6 +71,17 @@ void MainWindow::systemCheck()
     } else if (check > kCardCheck && check % kMountLook == 0) {
         lookForMount();
     }
+}
+
+// Where the board's overlay plane draws, nothing is painted here: the first frame received is on the screen.
+// A plane that could not be opened leaves the drawing to us.
+void MainWindow::followDisplay()
+{
+    const bool planeDraws = displayDraws(boardElements());
+    if (g_InputFrameReady && !m_isReady && planeDraws)
+        announceReady();
+    if (!planeDraws && m_screen == ScreenKind::Live && ui->labelInputVideo->isHidden())
+        showLivePicture();
 }
 
 void MainWindow::showCableLength()
@@ -138,13 +146,23 @@ void MainWindow::enterUsbActive()
     stopPlayback();
     ui->labelInputVideo->setGeometry(80, 24, kFrameWidth, kFrameHeight);
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
+    // Two file systems on one card damage each other: ours is closed while the host has it.
+    command::run(QStringLiteral("sync"));
+    command::run(QStringLiteral("umount"), {kCardMountPoint});
 }
 
-// The host may have done with the card's folders what it liked.
+// The host has written what it liked, and may have gone without a word: nothing is read or written before the
+// card is mounted afresh.
 void MainWindow::enterUsbDisconnected()
 {
-    if (m_card == Card::Taken)
-        refreshFolder();
+    if (m_card == Card::Taken) {
+        command::run(QStringLiteral("umount"), {kCardMountPoint}); // where the first one failed
+        command::run(QStringLiteral("mount"), {kCardDevice, kCardMountPoint});
+        if (mountTableShowsCard())
+            refreshFolder();
+        else
+            m_card = Card::Awaited;
+    }
     backToLiveView();
 }
 

@@ -36,11 +36,8 @@ void MainWindow::showNoteButton()
 
 void MainWindow::enterPlaybackSnapshotRecordingAudio()
 {
-    if (!restoreCurrentFolder() || !SDCardInfo.inserted) {
-        restoreMainState(eStatePlaybackSnapshot);
-        tellCardTakesNothing();
+    if (!mayCapture(eStatePlaybackSnapshot))
         return;
-    }
     ActivateMSDC(false);
     StartAudioRecording(QFile::encodeName(noteFile()).constData());
     elapsedTime.start();

@@ -97,8 +97,16 @@ void MainWindow::chooseLivePipelineMode()
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
 }
 
+// The network gives its address when it likes: asked for whenever it is shown or used.
+void MainWindow::lookForAddress()
+{
+    m_pParams->GetWifiStatus();
+    gst_SetNetworkStreamingIPAddress(m_pParams->getParams().WIFIipAddr.toUtf8().constData());
+}
+
 void MainWindow::initToolsMenu()
 {
+    lookForAddress();
     letTouchesThrough<QLabel>(ui->frm_ToolsMenuButtons);
     letTouchesThrough<QProgressBar>(ui->frm_ToolsMenuButtons);
     const _GlobalSystemSettings &settings = m_pParams->getParams();

@@ -3,13 +3,25 @@
 #include "app/appearance.h"
 #include "media/gst_videoinput.h"
 #include "platform/unit.h"
+#include "settings/params.h"
+
+#include <QTimer>
 
 namespace {
+
+constexpr int kPictureDue = 10000; // ms after the start
 
 int &withFixedPixels(int &argc)
 {
     fixPixels(); // read by the application object as it comes into being
     return argc;
+}
+
+// A unit without a camera head has an ordinary day: no frames are due then, and no restart brings them.
+servicemanager::Frames signOfLife()
+{
+    const bool hasHead = params::getInstance()->getParams().ImagerType != eNoImagerAttached;
+    return {hasHead && gst_FramesAreExpected(), nBuffers};
 }
 
 } // namespace
@@ -20,10 +32,7 @@ UnitApplication::UnitApplication(int &argc, char **argv) : debounce(withFixedPix
     init();
 }
 
-RunningUnit::RunningUnit(UnitApplication &application)
-    : m_watchdog([] {
-          return servicemanager::Frames{gst_FramesAreExpected(), nBuffers};
-      })
+RunningUnit::RunningUnit(UnitApplication &application) : m_watchdog(signOfLife)
 {
     QObject::connect(&application, &debounce::ProcessSystemShutdown, &window,
                      &MainWindow::onProcessSystemShutdown);
@@ -36,6 +45,8 @@ RunningUnit::RunningUnit(UnitApplication &application)
         window.show();
     else
         showOnDesk(window);
+    // Without a camera there is no picture to be ready with, but a unit that works all the same.
+    QTimer::singleShot(kPictureDue, &window, &servicemanager::tellReady);
 }
 
 RunningUnit::~RunningUnit()

@@ -141,6 +141,14 @@ const ElementRoles &boardElements()
     return *g_roles;
 }
 
+void giveUpDisplay()
+{
+    std::fprintf(stderr,
+                 "tubix4: the display role '%s' cannot be opened: the window draws the picture itself\n",
+                 qUtf8Printable(boardElements().display));
+    g_roles->display = QStringLiteral("fakesink sync=true");
+}
+
 void resetBoardElementsForTests()
 {
     g_roles.reset();

@@ -27,5 +27,8 @@ QString withProperties(const QString &fragment, const QString &properties);
 // thread.
 const ElementRoles &boardElements();
 
+// The display role could not be opened on this machine: from the next build on the GUI draws. Says so, once.
+void giveUpDisplay();
+
 // Forgets the found roles, so that a test starts on another unit.
 void resetBoardElementsForTests();

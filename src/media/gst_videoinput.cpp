@@ -204,6 +204,14 @@ void printError(GstMessage *message)
     GST_DEBUG_BIN_TO_DOT_FILE(GST_BIN(g_gst_Pipeline.pipeline), GST_DEBUG_GRAPH_SHOW_ALL, "videoinput-error");
 }
 
+// True for the element of that name in the pipeline that lives, and for what is inside of it.
+bool isPartOf(GstObject *source, const char *name)
+{
+    const GstOwner<GstElement> element(lookUp(name));
+    return element && (source == GST_OBJECT(element.get()) ||
+                       gst_object_has_as_ancestor(source, GST_OBJECT(element.get())));
+}
+
 void handleError(GstMessage *message)
 {
     printError(message);
@@ -219,6 +227,11 @@ void handleError(GstMessage *message)
         g_gst_VideoPipelineMode = eGSTStateVideoRecordError;
         g_filmFileFailed = GST_MESSAGE_SRC(message) == GST_OBJECT(g_gst_Pipeline.videosavesink);
         sendEndOfStream();
+        return;
+    }
+    if (displayDraws(boardElements()) && isPartOf(GST_MESSAGE_SRC(message), "videosink")) {
+        giveUpDisplay(); // no plane, or somebody else has it
+        tearDownAndRebuild();
         return;
     }
     if (g_gst_Pipeline.videoStreamSink &&
