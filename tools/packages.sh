@@ -7,6 +7,7 @@ libraries=(
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     libopencv-imgproc-dev libopencv-videoio-dev
     libfontconfig-dev libsystemd-dev
+    libmicrohttpd-dev libarchive-dev
 )
 # What the application needs to run, and what its tests look at files with.
 running=(
@@ -14,7 +15,7 @@ running=(
     ffmpeg fonts-liberation fonts-noto-cjk
     libqt6gui6 qt6-qpa-plugins procps
 )
-judging=(gstreamer1.0-tools libxml2-utils)
+judging=(gstreamer1.0-tools libxml2-utils chromium chromium-driver python3 unzip)
 
 # missing_of PACKAGE...: those that are not there, a line each.
 missing_of()
