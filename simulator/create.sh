@@ -15,6 +15,7 @@ create()
     create_commands
     create_devices
     create_network
+    found etc/default/tubix4-viewer || viewer on
     create_logs
     create_application
 }
@@ -22,7 +23,8 @@ create()
 create_folders()
 {
     local folder
-    for folder in dev etc home/root/tubix4_app/damagecatelog media proc run tmp usr/bin usr/lib/simulator var/log; do
+    for folder in dev etc/default home/root/tubix4_app/damagecatelog media proc run tmp usr/bin usr/lib/simulator \
+        var/log; do
         mkdir -p "$root/$folder"
     done
     for folder in "$decoder_file" "$extcon_file" "$lcd_file" "$led_file"; do

@@ -7,6 +7,7 @@ libraries=(
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     libopencv-imgproc-dev libopencv-videoio-dev
     libfontconfig-dev libsystemd-dev
+    libmicrohttpd-dev libarchive-dev
 )
 # What the application needs to run.
 running=(
@@ -14,7 +15,8 @@ running=(
     ffmpeg fonts-liberation fonts-noto-cjk
     libqt6gui6 qt6-qpa-plugins procps
 )
-judging=(gstreamer1.0-tools libxml2-utils) # what finished films and pages are looked at with
+# What finished films, pages and archives are looked at with.
+judging=(gstreamer1.0-tools libxml2-utils chromium chromium-driver python3 unzip)
 checking=(clang-format git python3 shellcheck) # tools/rules
 linting=(clang-tidy git) # tools/lint
 

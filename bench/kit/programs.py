@@ -25,6 +25,8 @@ PACKAGES = {
     "ffprobe": "ffmpeg",
     "vipsthumbnail": "libvips-tools",
     "ffmpegthumbnailer": "ffmpegthumbnailer",
+    "nc": "netcat-openbsd",
+    "curl": "curl",
 }
 # The simulated unit's df weighs its folder and keeps a record: several programs, where a unit runs one small one.
 PLAIN_DF = """#!/bin/sh

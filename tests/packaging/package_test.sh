@@ -45,7 +45,7 @@ make_packages()
     cpack --config "$2/CPackConfig.cmake" -B "$work" -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip >"$work/cpack.log" 2>&1 ||
         { cat "$work/cpack.log"; exit 1; }
     application=$(echo "$work"/tubix4_*.deb) unit=$(echo "$work"/tubix4-unit_*.deb)
-    simulator=$(echo "$work"/tubix4-simulator_*.deb)
+    simulator=$(echo "$work"/tubix4-simulator_*.deb) viewer=$(echo "$work"/tubix4-viewer_*.deb)
 }
 
 test_dependencies()
@@ -72,6 +72,9 @@ test_install()
     package_tool -i "$unit"
     check 'a new unit has its files' "$(there "$home/globlsystemsettings_default.xml" \
         "$home/damagecatelog/damagecat_en.txt" "$wants" "$root/etc/default/tubix4")" ''
+    package_tool -i "$viewer"
+    check 'the viewer stays off' "$("$root/usr/bin/tubix4-viewer" --root "$root")" \
+        'viewer: off, see /etc/default/tubix4-viewer'
     check 'one catalog a language' "$(ls "$home/damagecatelog")" \
         "$(ls "$source_folder/resources/damagecatelog")"
     check 'an owner'\''s catalog stays' "$(cat "$home/damagecatelog/damagecat_de.txt")" mine
@@ -110,10 +113,10 @@ test_upgrade_and_removal()
     check 'upgrade: the owner'\''s files' "$(owner_files)" "$before"
     check 'upgrade: the environment' "$(cat "$root/etc/default/tubix4")" QT_QPA_PLATFORM=eglfs
     check 'upgrade: disabled stays disabled' "$(there "$wants")" "no ${wants#"$root"}"
-    package_tool -r tubix4-unit tubix4-simulator tubix4
+    package_tool -r tubix4-viewer tubix4-unit tubix4-simulator tubix4
     check 'removal: the owner'\''s files' "$(owner_files)" "$before"
     check 'removal: the environment' "$(cat "$root/etc/default/tubix4")" QT_QPA_PLATFORM=eglfs
-    package_tool -P tubix4-unit tubix4-simulator tubix4
+    package_tool -P tubix4-viewer tubix4-unit tubix4-simulator tubix4
     check 'purge: the owner'\''s files' "$(owner_files)" "$before"
     check 'purge: nothing else is left' "$(find "$root" -name '*tubix4*' ! -path '*/home/*')" ''
 }
