@@ -1,9 +1,8 @@
 #include "storage/sdcard.h"
 
 #include "platform/command.h"
-#include "platform/unit.h"
+#include "platform/mounttable.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -47,11 +46,7 @@ sSDcardInfo cardInDfReport(const QString &report)
 
 bool mountTableShowsCard()
 {
-    QFile table(unit::path(QStringLiteral("/proc/mounts")));
-    // Such a file tells no size: it is read to its end.
-    return table.open(QIODevice::ReadOnly) &&
-           table.readAll().contains(
-               (kCardDevice + QLatin1Char(' ') + kCardMountPoint + QLatin1Char(' ')).toUtf8());
+    return mounttable::shows(kCardDevice, kCardMountPoint);
 }
 
 void getSDCardInfo()

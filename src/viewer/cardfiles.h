@@ -11,6 +11,7 @@
 namespace viewer {
 
 inline const QString kCardMountPoint = QStringLiteral("/media/mmcblk1p1");
+inline const QString kCardDevice = QStringLiteral("/dev/mmcblk1p1");
 inline const QString kBaseFolder = QStringLiteral("/media/mmcblk1p1/DCIM/100TUBIX");
 
 // A file that is opened for each read and closed again: between two reads nothing keeps the card busy.

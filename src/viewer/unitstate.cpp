@@ -2,17 +2,15 @@
 
 #include "platform/attribute.h"
 #include "platform/command.h"
+#include "platform/mounttable.h"
 #include "platform/savefile.h"
-#include "platform/unit.h"
 #include "viewer/cardfiles.h"
 
-#include <QFile>
 #include <QXmlStreamReader>
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <memory>
-#include <sys/stat.h>
 
 namespace {
 
@@ -30,18 +28,6 @@ bool usbHostIsAttached()
 {
     const auto text = attribute::read(kUsbState, kUsbHostIndex + 1);
     return text && text->size() > kUsbHostIndex && text->at(kUsbHostIndex) == '1';
-}
-
-// On a real unit the mount point stays when the card goes: what lies on the same device as the folder above
-// it is no card. Elsewhere the card is a folder.
-bool cardIsMounted()
-{
-    struct stat card = {};
-    struct stat above = {};
-    const QByteArray path = QFile::encodeName(unit::path(viewer::kCardMountPoint));
-    return ::stat(path.constData(), &card) == 0 && S_ISDIR(card.st_mode) &&
-           (!unit::isReal() ||
-            (::stat((path + "/..").constData(), &above) == 0 && card.st_dev != above.st_dev));
 }
 
 } // namespace
@@ -90,7 +76,8 @@ bool isInForeignNetwork(const QString &networkInterface)
 
 bool cardIsOurs()
 {
-    return cardIsMounted() && !usbHostIsAttached();
+    // The mount point stays when the card goes, an empty folder of the unit's own.
+    return mounttable::shows(kCardDevice, kCardMountPoint) && !usbHostIsAttached();
 }
 
 } // namespace viewer
