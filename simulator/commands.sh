@@ -6,8 +6,9 @@ stand_in()
     local name=${1:-} how=${2:-} place
     [ -n "$how" ] || misused "command needs a name and what it does; see $tool --help"
     place=$root/usr/bin/$name
-    [[ $name != */* ]] && { [ -f "$place" ] || [ -f "$state/missing_$name" ]; } ||
+    if [[ $name == */* ]] || { [ ! -f "$place" ] && [ ! -f "$state/missing_$name" ]; }; then
         misused "command: this unit has no '$name'"
+    fi
     shift
     # What it did before is over, whatever comes.
     case $how in

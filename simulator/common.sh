@@ -21,7 +21,7 @@ misbehave()
 {
     read -r how value <"$state/command_$1" || return 0
     case $how in
-    hang) /bin/sleep "$value" </dev/null >/dev/null 2>&1 ;;
+    hang) /bin/sleep "$value" >/dev/null 2>&1 ;;
     nonsense)
         printf '\377\376\033[%%s -1 /dev/\t\t99999999999999999999%% \001NaN\n\n'
         exit 0

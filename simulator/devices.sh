@@ -43,7 +43,9 @@ usb_move()
     local folder
     folder=$(card_folder)
     usb_is_attached || fail 'no computer at the USB port; usb attach connects one'
-    [[ /$1/ != */../* && -d $folder/$1 ]] && [ -n "${1//[.\/]/}" ] || fail "no folder '$1' on the card"
+    if [[ /$1/ == */../* || ! -d $folder/$1 || -z ${1//[.\/]/} ]]; then
+        fail "no folder '$1' on the card"
+    fi
     mkdir -p "$state/computer/$(dirname "$1")"
     mv --backup=numbered -T "$folder/$1" "$state/computer/$1"
 }
