@@ -92,10 +92,12 @@ void MainWindow::doNextFrame()
         break;
     case FrameJob::AwaitStill:
         followPicture();
-        awaitStill();
+        if (m_actionDepth == 0)
+            awaitStill();
         break;
     case FrameJob::AwaitFilm:
-        awaitFilm();
+        if (m_actionDepth == 0 && m_film == Film::Awaited)
+            awaitFilm();
         break;
     case FrameJob::Recording:
         followPicture();

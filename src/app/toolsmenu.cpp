@@ -167,6 +167,7 @@ void MainWindow::on_btn_tools_Microphone_On_Off_clicked()
     gst_EnableAudioRecording(on);
     showSwitch(ui->btn_tools_Microphone_On_Off, kMicrophone, on);
     logSwitch(kMicrophone, on);
+    showScreen(); // a note can be recorded, or not
     m_pParams->WriteGlobalSystemSettingsFile(false);
 }
 

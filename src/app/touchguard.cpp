@@ -4,10 +4,11 @@
 #include <QDialog>
 #include <QEvent>
 
+#include <utility>
+
 namespace {
 
 constexpr qint64 kNewScreen = 300; // ms: a finger's second touch was meant for the screen before
-constexpr qint64 kQueued = 20;     // ms in which all comes in that was touched during an action
 
 bool isPress(const QEvent &event)
 {
@@ -23,16 +24,26 @@ TouchGuard::TouchGuard(QObject *parent) : QObject(parent)
     // of a user, stays before this one.
     qApp->removeEventFilter(qApp);
     qApp->installEventFilter(qApp);
+    // A timer without an interval waits until nothing else is left to do.
+    m_settling.setSingleShot(true);
+    connect(&m_settling, &QTimer::timeout, this, &TouchGuard::settle);
 }
 
 void TouchGuard::screenChanged()
 {
-    m_sinceScreen.start();
+    m_isNewScreen = true;
+    m_settling.start();
 }
 
 void TouchGuard::actionEnded()
 {
-    m_sinceAction.start();
+    m_settling.start();
+}
+
+void TouchGuard::settle()
+{
+    if (std::exchange(m_isNewScreen, false))
+        m_sinceScreen.start();
 }
 
 void TouchGuard::close()
@@ -45,14 +56,6 @@ void TouchGuard::open()
     m_isClosed = false;
 }
 
-bool TouchGuard::countsNow() const
-{
-    const auto within = [](const QElapsedTimer &since, qint64 limit) {
-        return since.isValid() && !since.hasExpired(limit);
-    };
-    return !m_isClosed && !within(m_sinceScreen, kNewScreen) && !within(m_sinceAction, kQueued);
-}
-
 bool TouchGuard::eventFilter(QObject *watched, QEvent *event)
 {
     if ((event->type() == QEvent::Show || event->type() == QEvent::Hide) && qobject_cast<QDialog *>(watched))
@@ -60,7 +63,8 @@ bool TouchGuard::eventFilter(QObject *watched, QEvent *event)
     if (!watched->isWindowType()) // the window is an event's first stop
         return false;
     if (isPress(*event))
-        m_isDropping = !countsNow();
+        m_isDropping = m_isClosed || m_settling.isActive() ||
+                       (m_sinceScreen.isValid() && !m_sinceScreen.hasExpired(kNewScreen));
     const bool isTouch =
         isPress(*event) || event->type() == QEvent::MouseMove || event->type() == QEvent::MouseButtonRelease;
     return isTouch && m_isDropping;

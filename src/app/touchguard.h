@@ -3,6 +3,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QTimer>
 
 // Installed on the application: drops a press, with its release, that was made on a screen which is gone or
 // while an action kept the unit busy. On a screen that stays every press counts, twenty a second.
@@ -20,10 +21,11 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    bool countsNow() const;
+    void settle();
 
-    QElapsedTimer m_sinceScreen; // not started: no change yet
-    QElapsedTimer m_sinceAction;
+    QTimer m_settling; // runs until all has come in that was touched before
+    QElapsedTimer m_sinceScreen;
+    bool m_isNewScreen = false;
     bool m_isClosed = false;
     bool m_isDropping = false; // the press was dropped: so is what follows, up to its release
 };
