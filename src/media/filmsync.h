@@ -3,23 +3,21 @@
 
 #include <QByteArray>
 
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <memory>
 
 // While it lives, a thread of its own syncs the file at `hostPath` (which may come into being later). Not on
 // the streaming thread: a card that takes two seconds for a sync would stop the film there. The end, after
-// the file was closed, syncs it a last time and waits for that. Made and ended on the GUI thread.
+// the file was closed, syncs it a last time and waits for that, 10 s at most: a sync that takes longer is one
+// of a card that is gone, and its thread is left to the kernel. Made and ended on the GUI thread.
 class FilmSync
 {
 public:
     explicit FilmSync(const QByteArray &hostPath);
+    ~FilmSync();
     Q_DISABLE_COPY_MOVE(FilmSync)
 
 private:
-    void run(const std::stop_token &stop, const QByteArray &hostPath);
+    struct Work;
 
-    std::mutex m_mutex;
-    std::condition_variable_any m_wake;
-    std::jthread m_thread; // last: its end needs the others
+    std::shared_ptr<Work> m_work; // shared with the thread
 };

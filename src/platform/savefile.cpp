@@ -96,11 +96,11 @@ bool copyToTemporary(const QByteArray &source, const QByteArray &temporary)
            ::fsync(to.get()) == 0;
 }
 
-void syncHostFolder(const QString &hostFolder)
+void sync(const QByteArray &hostPath)
 {
-    Descriptor folder(::open(QFile::encodeName(hostFolder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.isOpen())
-        ::fsync(folder.get());
+    const Descriptor opened(::open(hostPath.constData(), O_RDONLY | O_CLOEXEC));
+    if (opened.isOpen())
+        ::fsync(opened.get());
 }
 
 void report(QString *error)
@@ -120,7 +120,10 @@ template <typename Fill> bool replace(const QString &unitPath, Fill fill, QStrin
         ::unlink(temporary.constData());
         return false;
     }
-    syncHostFolder(QFileInfo(hostPath).path());
+    // On FAT the size stands in the folder's entry, which the new name has got anew: it is written with the
+    // file.
+    sync(target);
+    sync(QFile::encodeName(QFileInfo(hostPath).path()));
     return true;
 }
 
