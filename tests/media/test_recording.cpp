@@ -1,9 +1,5 @@
-#include "testunit.h"
-
-#include "media/boardelements.h"
-#include "media/gst_videoinput.h"
-
-#include <QTest>
+#include "media/media.h"
+#include "syncs.h"
 
 #include <atomic>
 #include <cmath>
@@ -16,28 +12,11 @@ namespace {
 constexpr double kFramesPerSecond = 15;
 constexpr int kSoundRate = 8000;
 
-QByteArray output(const QString &program, const QStringList &arguments)
-{
-    QProcess tool;
-    tool.start(program, arguments);
-    tool.waitForFinished(60000);
-    return tool.readAllStandardOutput();
-}
-
-double duration(const QString &film, const QString &stream)
-{
-    return output(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-select_streams"_s, stream, u"-show_entries"_s,
-                                 u"stream=duration"_s, u"-of"_s, u"csv=p=0"_s, film})
-        .trimmed()
-        .toDouble();
-}
-
 // Seconds at which the picture turns bright.
 QList<double> flashes(const QString &film)
 {
-    const QByteArray pixels =
-        output(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, film, u"-map"_s, u"0:v"_s, u"-vf"_s,
-                             u"crop=64:64:300:300,scale=1:1,format=gray"_s, u"-f"_s, u"rawvideo"_s, u"-"_s});
+    const QByteArray pixels = output(
+        "ffmpeg -v error -i %1 -map 0:v -vf crop=64:64:300:300,scale=1:1,format=gray -f rawvideo -", {film});
     QList<double> times;
     for (qsizetype i = 1; i < pixels.size(); ++i) {
         if (uchar(pixels[i]) > 120 && uchar(pixels[i - 1]) <= 120)
@@ -50,8 +29,7 @@ QList<double> flashes(const QString &film)
 QList<double> beeps(const QString &film)
 {
     const QByteArray bytes =
-        output(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, film, u"-map"_s, u"0:a"_s, u"-ac"_s, u"1"_s,
-                             u"-ar"_s, QString::number(kSoundRate), u"-f"_s, u"s16le"_s, u"-"_s});
+        output("ffmpeg -v error -i %1 -map 0:a -ac 1 -ar %2 -f s16le -", {film, QString::number(kSoundRate)});
     QList<double> times;
     qsizetype loud = -kSoundRate;
     for (qsizetype i = 0; i < bytes.size() / 2; ++i) {
@@ -67,8 +45,9 @@ QList<double> beeps(const QString &film)
 }
 
 // A tenth of a second of white, every second.
-GstPadProbeReturn flash(GstPad *, GstPadProbeInfo *info, gpointer)
+GstPadProbeReturn flash(GstPad *, GstPadProbeInfo *info, gpointer pictures)
 {
+    ++*static_cast<std::atomic<int> *>(pictures);
     GstBuffer *picture = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
     GST_PAD_PROBE_INFO_DATA(info) = picture;
     GstMapInfo map;
@@ -101,13 +80,11 @@ class Recording
 public:
     Recording()
     {
-        m_folder.put(u"/home/root/tubix4_app/board.conf"_s,
-                     "[roles]\ndisplay=fakesink sync=true\nconverter=videoconvert\n"
-                     "camera=\"videotestsrc is-live=true pattern=black name=eye ! "
-                     "video/x-raw,format=I420,width=720,height=576,framerate=25/1\"\n"
-                     "microphone=audiotestsrc is-live=true wave=ticks freq=1000 sine-periods-per-tick=100 "
-                     "name=ear\n");
-        resetBoardElementsForTests();
+        useCamera(m_folder,
+                  "\"videotestsrc is-live=true pattern=black name=eye ! "
+                  "video/x-raw,format=I420,width=720,height=576,framerate=25/1\"",
+                  "microphone=audiotestsrc is-live=true wave=ticks freq=1000 sine-periods-per-tick=100 "
+                  "name=ear\n");
         gst_EnableAudioRecording(1);
         const QByteArray path = film.toUtf8();
         gst_StartRecordingAVIFile(path.constData(), int(path.size()));
@@ -139,17 +116,12 @@ GstPadProbeReturn countPacket(GstPad *, GstPadProbeInfo *info, gpointer data)
 
 } // namespace
 
-class TestRecording : public QObject
+class TestRecording : public HeardTest
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        gst_init(nullptr, nullptr);
-        for (quint8 *&buffer : g_pcFrameBuffer)
-            buffer = static_cast<quint8 *>(calloc(1, kFrameBytes));
-    }
+    void initTestCase() { startMedia(); }
 
     void soundAndPictureAreInStep_data()
     {
@@ -160,15 +132,16 @@ private slots:
     void soundAndPictureAreInStep()
     {
         QFETCH(const int, late);
+        std::atomic<int> pictures = 0;
         const Recording recording;
         QVERIFY(g_gst_Pipeline.videosavesink);
-        addProbe("eye", flash, nullptr);
+        addProbe("eye", flash, &pictures);
         addProbe("ear", open, GUINT_TO_POINTER(late));
-        QTest::qWait(6000);
+        QTRY_VERIFY_WITH_TIMEOUT(pictures > 5.6 * 25, 30000);
         gst_EndVideoInputPipeline();
 
         const QString &film = recording.film;
-        QVERIFY(std::abs(duration(film, u"v:0"_s) - duration(film, u"a:0"_s)) < 0.2);
+        QVERIFY(std::abs(duration(film, "v:0") - duration(film, "a:0")) < 0.2);
         const QList<double> seen = flashes(film);
         const QList<double> heard = beeps(film);
         QVERIFY(seen.size() >= 4);
@@ -181,12 +154,14 @@ private slots:
         }
     }
 
-    void soundPacketsAreFreedWhileTheFilmRuns()
+    void aRunningFilmIsSyncedAndItsSoundFreed()
     {
         Packets packets;
         const Recording recording;
         addProbe("audiomux_queue", countPacket, &packets);
         QTRY_VERIFY_WITH_TIMEOUT(packets.freed > 50, 20000);
+        QStringList synced;
+        QTRY_VERIFY(!(synced += takeSyncs()).filter(u"film.avi"_s).isEmpty());
         gst_EndVideoInputPipeline();
         QCOMPARE(packets.freed.load(), packets.made.load());
     }
@@ -196,10 +171,11 @@ private slots:
         const Recording recording;
         addProbe("ear", open, GUINT_TO_POINTER(1000000));
         QTRY_COMPARE_WITH_TIMEOUT(g_gst_VideoPipelineMode, eGSTStateRecordingWithoutAudio, 20000);
-        QTest::qWait(2000);
+        const int before = nBuffers;
+        QTRY_VERIFY_WITH_TIMEOUT(nBuffers > before + 50, 30000);
         gst_EndVideoInputPipeline();
-        QVERIFY(duration(recording.film, u"v:0"_s) > 1);
-        QCOMPARE(duration(recording.film, u"a:0"_s), 0.0);
+        QVERIFY(duration(recording.film, "v:0") > 1);
+        QCOMPARE(duration(recording.film, "a:0"), 0.0);
     }
 };
 
