@@ -89,8 +89,7 @@ QByteArray record(const QString &path, bool withSound, bool killed)
     gst_element_set_state(pipeline, GST_STATE_PLAYING);
     QByteArray start;
     if (killed) {
-        while ((start = content(path)).size() < 10000)
-            QTest::qWait(10);
+        (void)QTest::qWaitFor([&] { return (start = content(path)).size() >= 10000; }, 30000);
     } else {
         GstBus *bus = gst_element_get_bus(pipeline);
         gst_message_unref(gst_bus_timed_pop_filtered(bus, GST_CLOCK_TIME_NONE, GST_MESSAGE_EOS));
