@@ -138,19 +138,6 @@ private slots:
         QCOMPARE(screen.events().count(u"13,Next thumbnail page button clicked"_s), 2);
     }
 
-    void anEmptyFolderSaysSoAndLeadsBack()
-    {
-        Browser screen;
-        screen.add(u"TUBX0001.jpg"_s, {}); // nothing in it: not listed
-        screen.touch(kThumbnails);
-        QVERIFY(!screen.isVisible("frm_ThumbnailViewer"));
-        QVERIFY(screen.isTouchable("btn_menu_ThumbnailBack"));
-        screen.touch(kBack);
-        QVERIFY(screen.isVisible("frm_LiveMenuButtons_Left"));
-        QTRY_VERIFY(screen.isVisible("labelInputVideo"));
-        QVERIFY(g_gst_Pipeline.pipeline);
-    }
-
     void everyKindOfFileIsShownOrMarkedAsBad()
     {
         Browser screen;

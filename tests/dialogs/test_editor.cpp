@@ -1,15 +1,13 @@
-#include "finger.h"
 #include "testunit.h"
 
-#include "dialogs/colorpicker.h"
 #include "dialogs/editorscene.h"
-#include "dialogs/editorshapes.h"
 #include "settings/params.h"
 
+#include <QApplication>
 #include <QGraphicsItemGroup>
-#include <QGraphicsPixmapItem>
 #include <QGraphicsView>
 #include <QSignalSpy>
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -163,19 +161,6 @@ private slots:
         QVERIFY(labels[1]->boundingRect().height() < 40); // one line
     }
 
-    void oneItemForEachToolThenItemsMove()
-    {
-        Surface surface;
-        surface.scene.setMode(eInsertCircle);
-        surface.drag({100, 100}, {200, 200});
-        surface.drag({150, 150}, {250, 170});
-        const auto circles = surface.all<QGraphicsEllipseItem>();
-        QCOMPARE(circles.size(), 1);
-        QCOMPARE(circles[0]->pos(), QPointF(100, 20));
-        surface.drag({5, 570}, {105, 570}); // the picture stays
-        QCOMPARE(surface.all<QGraphicsPixmapItem>()[0]->pos(), QPointF());
-    }
-
     void anItemDrawnOverAnotherLeavesItAlone()
     {
         Surface surface;
@@ -217,26 +202,6 @@ private slots:
             QCOMPARE(surface.scene.mode(), eInsertText);
         }
         QVERIFY(!surface.isEdited());
-    }
-
-    void aColourIsTakenWithTheTickAlone()
-    {
-        for (const auto &[button, taken] : {std::pair(u"btn_Cancel"_s, QColor(Qt::cyan)),
-                                            {QString(), QColor(Qt::cyan)}, // the escape key
-                                            {u"btn_Confirm"_s, QColor(255, 133, 27)}}) {
-            ColorPicker picker(nullptr);
-            picker.setColor(Qt::cyan);
-            picker.init();
-            whenOpen([name = button](QDialog *dialog) {
-                touchIn(dialog, u"btn_ColorPicker_Orange"_s);
-                if (name.isEmpty())
-                    QTest::keyClick(dialog, Qt::Key_Escape);
-                else
-                    touchIn(dialog, name);
-            });
-            picker.exec();
-            QCOMPARE(picker.selectedColor, taken);
-        }
     }
 };
 

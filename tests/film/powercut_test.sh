@@ -36,7 +36,7 @@ while [ "$SECONDS" -lt "$deadline" ]; do
     [ -z "$film" ] || break
 done
 [ -n "$film" ] || { echo 'no film was begun'; leave 1; }
-while [ "$(stat -c %s "$film")" -lt 8000000 ] && [ "$SECONDS" -lt "$deadline" ]; do
+while [ "$(stat -c %s "$film")" -lt 3000000 ] && [ "$SECONDS" -lt "$deadline" ]; do
     sleep 0.1
 done
 

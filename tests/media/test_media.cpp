@@ -1,7 +1,5 @@
 #include "media/media.h"
 
-#include "media/videoinputlayout.h"
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -30,22 +28,6 @@ private slots:
     {
         gst_EndVideoInputPipeline();
         g_gst_VideoPipelineMode = eGSTStateLiveVideo;
-    }
-
-    void launchDescriptionsTakeTheRoles()
-    {
-        const ElementRoles board = {u"mfw_v4lsrc"_s, u"queue-size=10"_s,   u"mfw_v4lsink deinterlace=true"_s,
-                                    u"mfw_ipucsc"_s, u"vpuenc codec=12"_s, u"mfw_mp3encoder"_s,
-                                    u"alsasrc"_s,    u"alsasink"_s};
-        const QString withAudio = videoInputLaunch(eGSTStateRecordingWithAudio, board);
-        QVERIFY(withAudio.startsWith(u"mfw_v4lsrc do-timestamp=true queue-size=10 ! tee"_s));
-        QVERIFY(!withAudio.contains(u"mfw_v4lsink"_s)); // the GUI alone shows a recording
-        const QString silent = videoInputLaunch(eGSTStateRecordingWithoutAudio, board);
-        QVERIFY(silent.contains(u"queue leaky=2 ! vpuenc codec=12 name=jpegencode"_s));
-        QVERIFY(!silent.contains(u"alsasrc"_s));
-        QVERIFY(videoInputLaunch(eGSTStateLiveVideo, board)
-                    .contains(u"! mfw_v4lsink deinterlace=true name=videosink videooutTee."_s));
-        QCOMPARE(withProperties(u"a x=1 ! b"_s, u"n=2"_s), u"a x=1 n=2 ! b"_s);
     }
 
     void boardConfOverridesARole()
