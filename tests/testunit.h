@@ -1,6 +1,8 @@
 // A unit in a temporary folder, for tests: an empty tree of the folders that a test names, or the
-// simulator's.
+// simulator's. And what tools that are not ours say about a film.
 #pragma once
+
+#include "heard.h"
 
 #include "platform/unit.h"
 
@@ -56,3 +58,36 @@ public:
 private:
     QTemporaryDir m_folder;
 };
+
+inline bool exists(const QString &unitPath)
+{
+    return QFile::exists(unit::path(unitPath));
+}
+
+// Both outputs of a program of the host: its words, with the paths for %1, %2.
+inline QByteArray output(const char *command, const QStringList &paths)
+{
+    QStringList words = QString::fromLatin1(command).split(QLatin1Char(' '));
+    for (int i = 0; i < paths.size(); ++i)
+        words.replaceInStrings(QStringLiteral("%") + QString::number(i + 1), paths[i]);
+    QProcess tool;
+    tool.setProcessChannelMode(QProcess::MergedChannels);
+    tool.start(words.takeFirst(), words);
+    tool.waitForFinished(60000);
+    return tool.readAll();
+}
+
+// Seconds of a film's stream ("v:0", "a:0"); 0 where there is none.
+inline double duration(const QString &hostPath, const char *stream)
+{
+    return output("ffprobe -v error -show_entries stream=duration -of csv=p=0 -select_streams %2 %1",
+                  {hostPath, QString::fromLatin1(stream)})
+        .trimmed()
+        .toDouble();
+}
+
+// What a player has to say against a film; nothing about one that is whole.
+inline QByteArray faultsOf(const QString &hostPath)
+{
+    return output("ffmpeg -v error -i %1 -f null -", {hostPath});
+}

@@ -1,11 +1,9 @@
 #include "app/screen.h"
 
+#include "dialogs/confirmationbox.h"
 #include "dialogs/damagecatelog.h"
 
-#include <QApplication>
 #include <QListWidget>
-#include <QTest>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -14,38 +12,28 @@ namespace {
 constexpr QPoint kCapture(40, 485);
 constexpr QPoint kCatalog(110, 575);
 
-void touchIn(const QWidget *dialog, const QString &button)
-{
-    QTest::mouseClick(dialog->findChild<QPushButton *>(button), Qt::LeftButton);
-}
-
 // A film is being recorded at 12.34 m.
 class Recording : public Screen
 {
 public:
     void begin()
     {
-        waitForCard();
         folder.control({u"meter"_s, u"12.34"_s});
         QTRY_COMPARE(text("lbl_CableLength"), u"12.34 m"_s);
-        touch(40, 337);
-        touch(kCapture.x(), kCapture.y());
-        QTRY_COMPARE_WITH_TIMEOUT(text("lbl_VideoLengthIndicator"), u"00:00:01"_s, 20000);
+        startFilm();
+        waitForFilmAt("00:00:01");
     }
 
     // Opens the catalog; `act` works on the open dialog. Returns when it is closed.
     template <typename Act> void openCatalog(Act act)
     {
-        QTimer::singleShot(0, &window, [this, act] {
-            auto *catalog = qobject_cast<DamageCatelog *>(QApplication::activeModalWidget());
-            if (!catalog)
-                return;
+        whenOpen<DamageCatelog>([this, act](DamageCatelog *catalog) {
             for (const char *name : {"btn_menu_LED_plus", "btn_menu_LED_minus", "btn_menu_zoom_plus",
                                      "btn_menu_zoom_minus", "btn_menu_Capture", "btn_menu_Thumbnails"})
                 QVERIFY2(!button(name)->isEnabled(), name);
             act(catalog);
         });
-        touch(kCatalog.x(), kCatalog.y());
+        touch(kCatalog);
     }
 
     // Row -1: takes the note off.
@@ -58,10 +46,7 @@ public:
         });
     }
 
-    QStringList damageLines() const
-    {
-        return QString::fromUtf8(folder.content(logFile(u".txt"_s))).split(u'\n').filter(u"[!]"_s);
-    }
+    QStringList damageLines() const { return QString::fromUtf8(log()).split(u'\n').filter(u"[!]"_s); }
 
     // What the film shows: nothing when the overlay is silent.
     static QByteArray overlay()
@@ -77,7 +62,7 @@ public:
 
 } // namespace
 
-class TestDamageCatelog : public QObject
+class TestDamageCatelog : public HeardTest
 {
     Q_OBJECT
 
@@ -90,7 +75,7 @@ private slots:
         screen.begin();
         for (const QString &button : {u"btn_DamageCatelog_Confirm"_s, u"btn_DamageCatelog_Cancel"_s})
             screen.openCatalog([button](DamageCatelog *catalog) { touchIn(catalog, button); });
-        QVERIFY(!params::getInstance()->getParams().bDamageCatelogAnnotationActive); // nothing was picked
+        QVERIFY(!Screen::settings().bDamageCatelogAnnotationActive); // nothing was picked
         QVERIFY(screen.button("btn_menu_Capture")->isEnabled());
         screen.pick(1);
         const QString entry = u"Roots <2 cm> & \"more\" "_s;
@@ -100,12 +85,12 @@ private slots:
         QCOMPARE(screen.damageLines().size(), 1);
         QVERIFY(screen.damageLines().constFirst().startsWith(u"012.34  "_s));
         QVERIFY(screen.damageLines().constFirst().endsWith(u"[!] "_s + entry.trimmed()));
-        QVERIFY(screen.folder.content(screen.logFile(u".html"_s)).contains("<td>Roots &lt;2 cm> &amp; "));
+        QVERIFY(screen.log(".html").contains("<td>Roots &lt;2 cm> &amp; "));
         QVERIFY(screen.button("btn_menu_Capture")->isEnabled());
         QVERIFY(screen.button("btn_menu_LED_minus")->isEnabled());
         QVERIFY(!screen.button("btn_menu_Thumbnails")->isEnabled());
         // The card stays ours while a film is written to it.
-        QVERIFY(!params::getInstance()->getParams().MSDC_ModuleInstalled);
+        QVERIFY(!Screen::settings().MSDC_ModuleInstalled);
 
         // The note goes with the tenth centimetre, without a line in a log.
         screen.folder.control({u"meter"_s, u"12.43"_s});
@@ -125,49 +110,33 @@ private slots:
         QVERIFY(screen.damageLines().constLast().startsWith(u"012.44  "_s));
         QCOMPARE(screen.events().filter(u"49,"_s).size(), 3);
 
-        screen.touch(kCapture.x(), kCapture.y());
+        screen.touch(kCapture);
         QVERIFY(screen.button("btn_menu_Thumbnails")->isEnabled());
-        QVERIFY(params::getInstance()->getParams().MSDC_ModuleInstalled);
+        QVERIFY(Screen::settings().MSDC_ModuleInstalled);
     }
 
-    void aFilmThatEndsTakesTheCatalogAlong_data()
-    {
-        QTest::addColumn<QString>("card");
-        QTest::addColumn<bool>("captures");
-        QTest::newRow("card pulled") << u"remove"_s << false;
-        QTest::newRow("card full") << u"full"_s << true;
-    }
     void aFilmThatEndsTakesTheCatalogAlong()
     {
-        QFETCH(const QString, card);
-        QFETCH(const bool, captures);
         Recording screen;
         screen.begin();
-        QString question;
-        QTimer answer; // the question that tells of the card
-        connect(&answer, &QTimer::timeout, [&] {
-            if (QWidget *box = QApplication::activeModalWidget();
-                box && !qobject_cast<DamageCatelog *>(box)) {
-                question = QString::fromLatin1(box->metaObject()->className());
-                touchIn(box, u"btn_Confirm"_s);
-            }
-        });
-        answer.start(20);
+        bool isTold = false;
         screen.openCatalog([&](DamageCatelog *catalog) {
             catalog->findChild<QListWidget *>()->setCurrentRow(0);
-            screen.folder.control({u"card"_s, card});
+            whenOpen<ConfirmationBox>([&](QDialog *box) {
+                isTold = true;
+                touchIn(box, u"btn_Confirm"_s);
+            });
+            screen.folder.control({u"card"_s, u"full"_s});
         });
-        QTRY_COMPARE_WITH_TIMEOUT(question, u"ConfirmationBox"_s, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(isTold, 20000);
         QVERIFY(!QApplication::activeModalWidget());
         QVERIFY(!screen.button("btn_DamageCatelog")->isVisible());
-        QCOMPARE(screen.button("btn_menu_Capture")->isEnabled(), captures);
-        QCOMPARE(screen.button("btn_menu_Thumbnails")->isEnabled(), captures);
-        QVERIFY(screen.button("btn_menu_zoom_plus")->isEnabled());
-        QCOMPARE(params::getInstance()->getParams().MSDC_ModuleInstalled, captures);
+        for (const char *name : {"btn_menu_Capture", "btn_menu_Thumbnails", "btn_menu_zoom_plus"})
+            QVERIFY2(screen.button(name)->isEnabled(), name);
+        QVERIFY(Screen::settings().MSDC_ModuleInstalled);
         QCOMPARE(screen.text("lbl_DamageCatelogText"), QString());
         QCOMPARE(screen.events().filter(u"49,"_s), QStringList());
-        const int before = nBuffers;
-        QTRY_VERIFY(nBuffers > before + 3);
+        QVERIFY(Screen::pictureRuns());
     }
 };
 

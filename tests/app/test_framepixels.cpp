@@ -1,4 +1,6 @@
 // The camera frame on a 32-bit screen: every colour, and the edges of a cut-out.
+#include "heard.h"
+
 #include "app/framepixels.h"
 
 #include <QPainter>
@@ -34,7 +36,7 @@ QImage stretched(const QImage &frame, const QRect &crop)
 
 } // namespace
 
-class TestFramePixels : public QObject
+class TestFramePixels : public HeardTest
 {
     Q_OBJECT
 
@@ -45,26 +47,19 @@ private slots:
         QCOMPARE(stretched(frame, frame.rect()), frame.convertToFormat(QImage::Format_RGB32));
     }
 
-    void cutOutFillsTheTarget_data()
-    {
-        QTest::addColumn<QRect>("crop");
-        QTest::newRow("whole factor") << QRect(64, 96, 128, 64);
-        QTest::newRow("odd factor") << QRect(78, 80, 99, 96);
-        QTest::newRow("same width") << QRect(0, 100, 256, 57);
-    }
-
     void cutOutFillsTheTarget()
     {
-        QFETCH(QRect, crop);
         const QImage frame = everyColour();
         const QImage wide = frame.convertToFormat(QImage::Format_RGB32);
-        const QImage target = stretched(frame, crop);
-        QCOMPARE(target.pixel(0, 0), wide.pixel(crop.topLeft()));
-        QCOMPARE(target.pixel(255, 0), wide.pixel(crop.topRight()));
-        QCOMPARE(target.pixel(0, 255), wide.pixel(crop.bottomLeft()));
-        QCOMPARE(target.pixel(255, 255), wide.pixel(crop.bottomRight()));
-        QCOMPARE(target.pixel(128, 128),
-                 wide.pixel(crop.x() + crop.width() / 2, crop.y() + crop.height() / 2));
+        for (const QRect &crop : {QRect(64, 96, 128, 64), QRect(78, 80, 99, 96), QRect(0, 100, 256, 57)}) {
+            const QImage target = stretched(frame, crop);
+            QCOMPARE(target.pixel(0, 0), wide.pixel(crop.topLeft()));
+            QCOMPARE(target.pixel(255, 0), wide.pixel(crop.topRight()));
+            QCOMPARE(target.pixel(0, 255), wide.pixel(crop.bottomLeft()));
+            QCOMPARE(target.pixel(255, 255), wide.pixel(crop.bottomRight()));
+            QCOMPARE(target.pixel(128, 128),
+                     wide.pixel(crop.x() + crop.width() / 2, crop.y() + crop.height() / 2));
+        }
     }
 };
 

@@ -1,14 +1,14 @@
 // The program under a service manager that the test plays: a datagram socket of its own.
 #include "testunit.h"
 
-#include "platform/servicemanager.h"
-
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
 
 #include <csignal>
+#include <linux/input.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -67,13 +67,17 @@ private:
 class Program : public QProcess
 {
 public:
-    explicit Program(const QByteArray &socketName)
+    explicit Program(const QByteArray &socketName = {})
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"NOTIFY_SOCKET"_s, QString::fromLocal8Bit(socketName));
+        environment.remove(u"NOTIFY_SOCKET"_s);
+        if (!socketName.isEmpty())
+            environment.insert(u"NOTIFY_SOCKET"_s, QString::fromLocal8Bit(socketName));
         environment.insert(u"WATCHDOG_USEC"_s, QString::number(2 * 1000 * kBeat));
         environment.remove(u"WATCHDOG_PID"_s);
+        environment.insert(u"QT_QPA_GENERIC_PLUGINS"_s, u"evdevkeyboard:"_s + keys());
         setProcessEnvironment(environment);
+        ::mkfifo(qPrintable(keys()), 0600);
         start(QStringLiteral(TUBIX_BINARY), {u"--root"_s, unit::root()});
     }
     ~Program() override
@@ -83,39 +87,45 @@ public:
     }
 
     const QByteArray &output() { return m_output += readAllStandardOutput(); }
+    void waitForPicture() { QTRY_VERIFY_WITH_TIMEOUT(output().contains("ready: "), kPatience); }
+
+    // The unit's key, as the kernel tells it.
+    void pressPowerKey() const
+    {
+        QFile device(keys());
+        QVERIFY(device.open(QIODevice::WriteOnly));
+        for (const int value : {1, 0}) { // down, up
+            input_event event = {};
+            event.type = EV_KEY;
+            event.code = KEY_POWER;
+            event.value = value;
+            device.write(reinterpret_cast<const char *>(&event), sizeof event);
+        }
+    }
 
 private:
+    // Only what lies below /dev is taken for a keyboard.
+    static QString keys() { return u"/dev/.."_s + unit::path(u"/dev/keys"_s); }
+
     QByteArray m_output;
 };
 
+// A start that is refused: its status, and what it says.
+std::pair<int, QByteArray> refusal(const QStringList &arguments)
+{
+    QProcess program;
+    program.start(QStringLiteral(TUBIX_BINARY), arguments);
+    program.waitForFinished();
+    return {program.exitCode(), program.readAllStandardError()};
+}
+
 } // namespace
 
-class TestService : public QObject
+class TestService : public HeardTest
 {
     Q_OBJECT
 
 private slots:
-    void aBeatNeedsFramesOnlyWhereTheyAreDue_data()
-    {
-        QTest::addColumn<bool>("wasExpected");
-        QTest::addColumn<bool>("isExpected");
-        QTest::addColumn<int>("newFrames");
-        QTest::addColumn<bool>("isAlive");
-        QTest::newRow("frames come") << true << true << 12 << true;
-        QTest::newRow("the count wraps around") << true << true << -12 << true;
-        QTest::newRow("frames stay away") << true << true << 0 << false;
-        QTest::newRow("the browser is open") << false << false << 0 << true;
-        QTest::newRow("the pipeline has just ended") << true << false << 0 << true;
-        QTest::newRow("the pipeline has just started") << false << true << 0 << true;
-    }
-    void aBeatNeedsFramesOnlyWhereTheyAreDue()
-    {
-        QFETCH(const bool, wasExpected);
-        QFETCH(const bool, isExpected);
-        QFETCH(const int, newFrames);
-        QTEST(servicemanager::isAlive({wasExpected, 100}, {isExpected, 100 + newFrames}), "isAlive");
-    }
-
     void itTellsReadyBeatsAndStopsWithTheFrames()
     {
         const TestUnit folder;
@@ -123,13 +133,10 @@ private slots:
         Manager manager(name);
         Program program(name);
         QTRY_VERIFY_WITH_TIMEOUT(manager.heard().contains("READY=1"), kPatience);
-        QTRY_VERIFY(program.output().contains("ready: "));
-        QCOMPARE(program.readAllStandardError().count("QCss"), 0); // the look is understood
+        program.waitForPicture();
+        QVERIFY(!program.readAllStandardError().contains("QCss")); // the form's own colour is no news
         const qsizetype first = manager.beats();
-        QElapsedTimer time;
-        time.start();
         QTRY_VERIFY_WITH_TIMEOUT(manager.beats() >= first + 6, kPatience);
-        QVERIFY(time.elapsed() >= 5 * kBeat - kBeat / 2); // not a flood
 
         // A USB host has the card: no picture is due.
         folder.control({u"usb"_s, u"attach"_s});
@@ -168,6 +175,46 @@ private slots:
         const qsizetype before = manager.beats();
         folder.put(u"/tmp/go"_s, {});
         QTRY_VERIFY_WITH_TIMEOUT(manager.beats() >= before + 2, kPatience);
+    }
+
+    void oneProgramHasTheUnitUntilItIsEnded_data()
+    {
+        QTest::addColumn<int>("signal"); // 0: the power key
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("power key") << 0;
+    }
+    void oneProgramHasTheUnitUntilItIsEnded()
+    {
+        QFETCH(const int, signal);
+        const TestUnit folder;
+        Program program;
+        program.waitForPicture();
+        if (signal == SIGTERM)
+            QCOMPARE(refusal({u"--root"_s, unit::root()}),
+                     std::pair(1, QByteArray("tubix4: another tubix4 runs on this unit\n")));
+        QVERIFY(exists(u"/run/tubix4.pid"_s));
+        if (signal)
+            ::kill(pid_t(program.processId()), signal);
+        else
+            program.pressPowerKey();
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(!exists(u"/run/tubix4.pid"_s));
+        const QByteArray events = folder.content(u"/home/root/tubix4_app/eventlog.csv"_s);
+        QCOMPARE(events.count(",2,Shutdown power switch pressed"), signal ? 0 : 1);
+        QCOMPARE(folder.content(u"/var/log/commands"_s).count("poweroff"), signal ? 0 : 1);
+    }
+
+    void wrongUseIsOneLine()
+    {
+        const QList<QStringList> uses = {{u"--bogus"_s}, {u"--root"_s, u"/nowhere"_s}, {}}; // no unit here
+        for (const QStringList &arguments : uses) {
+            const auto [status, error] = refusal(arguments);
+            QCOMPARE(status, 2);
+            QCOMPARE(error.count('\n'), 1);
+        }
     }
 };
 

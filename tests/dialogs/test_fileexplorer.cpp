@@ -1,18 +1,14 @@
+#include "dialogs/owner.h"
+#include "finger.h"
 #include "testunit.h"
 
 #include "dialogs/fileexplorer.h"
 #include "storage/dcim.h"
 #include "storage/inspectionfolder.h"
 
-#include <QApplication>
 #include <QDirIterator>
-#include <QPushButton>
-#include <QTest>
 #include <QTextEdit>
-#include <QTimer>
 #include <QTreeView>
-
-#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -23,21 +19,7 @@ QString below(const QString &name)
     return kBaseFolder + u'/' + name;
 }
 
-bool exists(const QString &path)
-{
-    return QFileInfo::exists(unit::path(path));
-}
-
 } // namespace
-
-// A window that loses its card.
-class Owner : public QWidget
-{
-    Q_OBJECT
-
-signals:
-    void SDCardRemoved();
-};
 
 // The dialog with a finger on it, on a card with two inspections; "Main Street" is the current one.
 class Explorer
@@ -45,14 +27,8 @@ class Explorer
 public:
     explicit Explorer(const QStringList &more = {})
     {
-        for (const QString &name : QStringList{u"Other"_s, u"Main Street"_s} + more)
+        for (const QString &name : QStringList{u"Other"_s} + more + QStringList{u"Main Street"_s})
             CreateDCIMStructure(below(name));
-        CreateDCIMStructure(below(u"Main Street"_s));
-        open();
-    }
-
-    void open()
-    {
         dialog = std::make_unique<FileExplorer>(&owner);
         dialog->init(&owner);
         dialog->setData(g_SavedFSInfo.currRootDirectory);
@@ -84,28 +60,14 @@ public:
     }
     void touch(const QString &name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
 
-    // Touches a button whose question `answer` then answers.
-    void touch(const QString &name, const std::function<void(QWidget *)> &answer)
-    {
-        QTimer waiting;
-        QObject::connect(&waiting, &QTimer::timeout, dialog.get(), [&] {
-            if (QWidget *question = QApplication::activeModalWidget(); question && question != dialog.get()) {
-                waiting.stop();
-                answer(question);
-            }
-        });
-        waiting.start(10);
-        touch(name);
-        QVERIFY(!waiting.isActive());
-    }
-
     void touchAndType(const QString &name, const QString &text)
     {
-        touch(name, [&](QWidget *keyboard) {
+        whenOpen([text](QDialog *keyboard) {
             auto *field = keyboard->findChild<QTextEdit *>(u"textEdit"_s);
             field->setPlainText(text);
             QTest::keyClick(field, Qt::Key_Return);
         });
+        touch(name);
     }
 
     TestUnit folder{{kDcimFolder}};
@@ -116,16 +78,7 @@ private:
     QTreeView *tree() const { return dialog->findChild<QTreeView *>(u"tView_Folders"_s); }
 };
 
-namespace {
-
-void confirmQuestion(QWidget *question)
-{
-    QTest::mouseClick(question->findChild<QPushButton *>(u"btn_Confirm"_s), Qt::LeftButton);
-}
-
-} // namespace
-
-class TestFileExplorer : public QObject
+class TestFileExplorer : public HeardTest
 {
     Q_OBJECT
 
@@ -144,30 +97,26 @@ private slots:
         }
     }
 
-    void theChosenFolderIsAnInspection_data()
-    {
-        QTest::addColumn<QString>("touched");
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<QString>("chosen"); // empty: the folder of the day
-        QTest::newRow("an inspection") << u"Other"_s << u"Confirm"_s << u"Other"_s;
-        QTest::newRow("the base folder") << u"100TUBIX"_s << u"Confirm"_s << QString();
-        QTest::newRow("a folder beside it") << u"101OTHER"_s << u"Confirm"_s << QString();
-        QTest::newRow("nothing touched") << QString() << u"Confirm"_s << u"Main Street"_s;
-        QTest::newRow("cancelled") << u"Other"_s << u"Cancel"_s << u"Main Street"_s;
-    }
     void theChosenFolderIsAnInspection()
     {
-        QFETCH(const QString, touched);
-        QFETCH(const QString, button);
-        QFETCH(const QString, chosen);
-        Explorer explorer;
-        QDir().mkpath(unit::path(kDcimFolder + u"/101OTHER"_s));
-        if (!touched.isEmpty())
-            explorer.touchFolder(touched);
-        explorer.touch(button);
-        QVERIFY(!explorer.dialog->isVisible());
-        QCOMPARE(explorer.dialog->returnableText, chosen.isEmpty() ? folderOfTheDay() : below(chosen));
-        QVERIFY(exists(explorer.dialog->returnableText + u"/.html_assets"_s));
+        struct Row
+        {
+            QString touched, button, chosen;
+        };
+        for (const auto &[touched, button, chosen] : {Row{u"Other"_s, u"Confirm"_s, below(u"Other"_s)},
+                                                      {u"100TUBIX"_s, u"Confirm"_s, folderOfTheDay()},
+                                                      {u"101OTHER"_s, u"Confirm"_s, folderOfTheDay()},
+                                                      {{}, u"Confirm"_s, below(u"Main Street"_s)},
+                                                      {u"Other"_s, u"Cancel"_s, below(u"Main Street"_s)}}) {
+            Explorer explorer;
+            QDir().mkpath(unit::path(kDcimFolder + u"/101OTHER"_s));
+            if (!touched.isEmpty())
+                explorer.touchFolder(touched);
+            explorer.touch(button);
+            QVERIFY(!explorer.dialog->isVisible());
+            QCOMPARE(explorer.dialog->returnableText, chosen);
+            QVERIFY(exists(explorer.dialog->returnableText + u"/.html_assets"_s));
+        }
     }
 
     void aNewFolderIsAnInspectionAtOnce()
@@ -189,12 +138,7 @@ private slots:
         explorer.folder.put(below(u"Main Street/Main Street.txt"_s), "001.00  a line\n");
         const QByteArray page = explorer.folder.content(below(u"Main Street/Main Street.html"_s));
         explorer.touchFolder(u"Main Street"_s);
-        explorer.touch(u"RenameFolder"_s, [](QWidget *keyboard) {
-            auto *field = keyboard->findChild<QTextEdit *>(u"textEdit"_s);
-            QCOMPARE(field->toPlainText(), u"Main Street"_s);
-            field->setPlainText(u"50% München %1"_s);
-            QTest::keyClick(field, Qt::Key_Return);
-        });
+        explorer.touchAndType(u"RenameFolder"_s, u"50% München %1"_s);
         const QString renamed = below(u"50% München %1"_s);
         QVERIFY(!exists(below(u"Main Street"_s)));
         QCOMPARE(explorer.folder.content(renamed + u"/50% München %1.html"_s), page);
@@ -244,40 +188,16 @@ private slots:
     void theDeletedCurrentFolderGivesWayToThatOfTheDay()
     {
         Explorer explorer;
-        explorer.touchFolder(u"Main Street"_s);
-        explorer.touch(u"DeleteFolder"_s, [](QWidget *question) {
-            QTest::mouseClick(question->findChild<QPushButton *>(u"btn_Cancel"_s), Qt::LeftButton);
-        });
-        QVERIFY(exists(below(u"Main Street"_s)));
-        explorer.touchFolder(u"Main Street"_s);
-        explorer.touch(u"DeleteFolder"_s, confirmQuestion);
-        QVERIFY(!exists(below(u"Main Street"_s)));
+        for (const bool confirmed : {false, true}) {
+            explorer.touchFolder(u"Main Street"_s);
+            whenOpen([&](QDialog *box) { touchIn(box, confirmed ? u"btn_Confirm"_s : u"btn_Cancel"_s); });
+            explorer.touch(u"DeleteFolder"_s);
+            QCOMPARE(exists(below(u"Main Street"_s)), !confirmed);
+        }
         QTRY_VERIFY(!explorer.rows().contains(u"Main Street"_s));
         explorer.touch(u"Confirm"_s); // not the neighbour in the list
         QCOMPARE(explorer.dialog->returnableText, folderOfTheDay());
         QVERIFY(exists(folderOfTheDay()));
-    }
-
-    void aPulledCardClosesDialogAndQuestion_data()
-    {
-        QTest::addColumn<QString>("button"); // whose question is open
-        QTest::newRow("none") << QString();
-        QTest::newRow("keyboard") << u"RenameFolder"_s;
-        QTest::newRow("trash can") << u"DeleteFolder"_s;
-    }
-    void aPulledCardClosesDialogAndQuestion()
-    {
-        QFETCH(const QString, button);
-        Explorer explorer;
-        explorer.touchFolder(u"Other"_s);
-        if (button.isEmpty())
-            emit explorer.owner.SDCardRemoved();
-        else
-            explorer.touch(button, [&](QWidget *) { emit explorer.owner.SDCardRemoved(); });
-        QVERIFY(!explorer.dialog->isVisible());
-        QVERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(explorer.dialog->returnableText, QString());
-        QVERIFY(exists(below(u"Other/Other.html"_s)));
     }
 };
 

@@ -36,14 +36,16 @@ while [ "$SECONDS" -lt "$deadline" ]; do
     [ -z "$film" ] || break
 done
 [ -n "$film" ] || { echo 'no film was begun'; leave 1; }
-started=$(date +%s.%N)
-sleep 8
+while [ "$(stat -c %s "$film")" -lt 3000000 ] && [ "$SECONDS" -lt "$deadline" ]; do
+    sleep 0.1
+done
 
+# What had been recorded is what a reader saw until now, whatever of it is on the card.
+cp "$film" "$work/seen.avi"
 # The file system is shut down where it stands (EXT4_IOC_SHUTDOWN, no flush): what the kernel still holds is lost.
 python3 -c 'import fcntl, os, struct, sys
 fcntl.ioctl(os.open(sys.argv[1], os.O_RDONLY), 0x8004587d, struct.pack("I", 2))' "$work/card" ||
     skip 'the file system cannot be shut down'
-recorded=$(awk "BEGIN { print $(date +%s.%N) - $started }")
 kill -9 "$recorder"
 wait "$recorder" 2>/dev/null
 recorder=
@@ -52,8 +54,15 @@ if ! umount "$work/card" || ! mount -o loop "$work/image" "$work/card"; then
     leave 1
 fi
 
-"$program" --repair "$film" || { echo 'no film to repair'; leave 1; }
-kept=$(ffprobe -v error -select_streams v -show_entries stream=duration -of csv=p=0 "$film")
+for each in "$work/seen.avi" "$film"; do
+    "$program" --repair "$each" || { echo "no film to repair: $each"; leave 1; }
+done
+seconds()
+{
+    ffprobe -v error -select_streams v -show_entries stream=duration -of csv=p=0 "$1"
+}
+recorded=$(seconds "$work/seen.avi")
+kept=$(seconds "$film")
 errors=$(ffmpeg -nostdin -v error -i "$film" -f null - 2>&1)
 echo "recorded $recorded s, kept $kept s"
 [ -z "$errors" ] || { echo "$errors"; leave 1; }

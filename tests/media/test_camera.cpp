@@ -64,7 +64,7 @@ private:
 
 } // namespace
 
-class CameraTest : public QObject
+class TestCamera : public HeardTest
 {
     Q_OBJECT
 
@@ -132,5 +132,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(CameraTest)
+QTEST_GUILESS_MAIN(TestCamera)
 #include "test_camera.moc"

@@ -2,37 +2,22 @@
 
 #include "platform/attribute.h"
 #include "platform/command.h"
-#include "platform/runlock.h"
 #include "platform/savefile.h"
 #include "platform/unit.h"
 
 #include <QFileInfo>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
-class TestPlatform : public QObject
+class TestPlatform : public HeardTest
 {
     Q_OBJECT
 
 private slots:
-    void pathsGoThereAndBack()
-    {
-        unit::setRoot(u"/"_s);
-        QVERIFY(unit::isReal());
-        QCOMPARE(unit::path(u"/etc/x"_s), u"/etc/x"_s);
-        unit::setRoot(u"/tmp/a unit/"_s);
-        QCOMPARE(unit::path(u"/etc/x"_s), u"/tmp/a unit/etc/x"_s);
-        QCOMPARE(unit::fromHost(u"/tmp/a unit/etc/x"_s), u"/etc/x"_s);
-        QCOMPARE(unit::fromHost(u"/tmp/a unit"_s), u"/"_s);
-        QCOMPARE(unit::fromHost(u"/tmp/a unit2/x"_s), QString());
-    }
-
     void noHostCommandIsReachedOnADesk()
     {
         const TestUnit folder({u"/usr/bin"_s});
@@ -46,18 +31,6 @@ private slots:
         QCOMPARE(result.exitCode, 3);
         QCOMPARE(result.standardOutput, QByteArray());
         QCOMPARE(result.standardError, QByteArray("none a b; $(c)\n"));
-    }
-
-    void aSavedFileIsReplacedAndKeepsItsMode()
-    {
-        const TestUnit folder({u"/etc"_s});
-        folder.put(u"/etc/conf"_s, "old");
-        ::chmod(unit::path(u"/etc/conf"_s).toLocal8Bit().constData(), 0600);
-        QVERIFY(savefile::write(u"/etc/conf"_s, "new"));
-        QCOMPARE(folder.content(u"/etc/conf"_s), QByteArray("new"));
-        struct stat info = {};
-        QCOMPARE(::stat(unit::path(u"/etc/conf"_s).toLocal8Bit().constData(), &info), 0);
-        QCOMPARE(info.st_mode & 07777, 0600u);
     }
 
     void aLinkIsFollowedOnTheUnitAlone()
@@ -100,40 +73,16 @@ private slots:
         QVERIFY(!savefile::write(u"/nowhere/conf"_s, "x", &error));
     }
 
-    void readingIsBounded()
-    {
-        const TestUnit folder({u"/etc"_s});
-        folder.put(u"/etc/conf"_s, "12345");
-        QCOMPARE(savefile::read(u"/etc/conf"_s, 5), std::optional<QByteArray>("12345"));
-        QVERIFY(!savefile::read(u"/etc/conf"_s, 4));
-        QVERIFY(!savefile::read(u"/etc/none"_s, 4));
-    }
-
     void anAttributeIsNeverMadeAndARegisterSelectionNotWrittenOver()
     {
         const TestUnit folder({u"/sys"_s});
         QVERIFY(!attribute::write(u"/sys/brightness"_s, "7"));
-        QVERIFY(!QFileInfo::exists(unit::path(u"/sys/brightness"_s)));
+        QVERIFY(!exists(u"/sys/brightness"_s));
         folder.put(u"/sys/brightness"_s, "100");
         QVERIFY(attribute::write(u"/sys/brightness"_s, "7"));
         QCOMPARE(folder.content(u"/sys/brightness"_s), QByteArray("7"));
         QVERIFY(attribute::selectRegister(u"/sys/brightness"_s, "10"));
         QCOMPARE(attribute::read(u"/sys/brightness"_s, 4), std::optional<QByteArray>("7"));
-    }
-
-    void oneApplicationForOneUnit()
-    {
-        const TestUnit folder({u"/run"_s});
-        {
-            const RunLock first;
-            QVERIFY(first.isFree());
-            QCOMPARE(folder.content(u"/run/tubix4.pid"_s).trimmed().toLongLong(),
-                     QCoreApplication::applicationPid());
-            QVERIFY(!RunLock().isFree());
-            QVERIFY(QFileInfo::exists(unit::path(u"/run/tubix4.pid"_s)));
-        }
-        QVERIFY(!QFileInfo::exists(unit::path(u"/run/tubix4.pid"_s)));
-        QVERIFY(RunLock().isFree());
     }
 };
 

@@ -23,7 +23,7 @@ QByteArray wrapped(const QByteArray &inside)
 
 } // namespace
 
-class TestSettings : public QObject
+class TestSettings : public HeardTest
 {
     Q_OBJECT
 
@@ -37,41 +37,42 @@ private:
     }
 
 private slots:
-    void aFileIsReadAsFarAsItGoes_data()
-    {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("backlight");
-        QTest::addColumn<int>("language");
-        const QByteArray deep = QByteArray("<x>").repeated(5000) + QByteArray("</x>").repeated(5000);
-        QTest::newRow("empty") << QByteArray() << 0 << 0;
-        QTest::newRow("any order, unknown between, deep")
-            << wrapped("<LanguageIdx>3</LanguageIdx>" + deep + "<LCDBacklightValue>5</LCDBacklightValue>")
-            << 5 << 3;
-        QTest::newRow("unknown beside settings")
-            << QByteArray("<systemsettings><old><LCDBacklightValue>9</LCDBacklightValue></old><settings>"
-                          "<LCDBacklightValue>5</LCDBacklightValue></settings></systemsettings>")
-            << 5 << 0;
-        QTest::newRow("element inside a number")
-            << wrapped("<LCDBacklightValue>5<b>1</b></LCDBacklightValue><LanguageIdx>2</LanguageIdx>") << 5
-            << 2;
-        QTest::newRow("not a number") << wrapped("<LCDBacklightValue>x</LCDBacklightValue>") << 0 << 0;
-        QTest::newRow("breaks off in a number")
-            << wrapped("<LCDBacklightValue>5</LCDBacklightValue><LanguageIdx>12").left(112) << 5 << 0;
-        QTest::newRow("foreign root")
-            << QByteArray("<a><settings><LanguageIdx>3</LanguageIdx></settings></a>") << 0 << 0;
-        QTest::newRow("document type declaration")
-            << QByteArray("<!DOCTYPE s [<!ENTITY a \"aaaa\">]><systemsettings><settings>"
-                          "<LanguageIdx>3</LanguageIdx></settings></systemsettings>")
-            << 0 << 0;
-        QTest::newRow("far too large")
-            << wrapped(QByteArray(100 * 1000 * 1000, ' ') + "<LanguageIdx>3</LanguageIdx>") << 0 << 0;
-    }
     void aFileIsReadAsFarAsItGoes()
     {
-        QFETCH(const QByteArray, file);
-        const _GlobalSystemSettings settings = settingsOf(file);
-        QTEST(int(settings.LCDBacklightValue), "backlight");
-        QTEST(int(settings.LanguageIdx), "language");
+        struct Row
+        {
+            const char *name;
+            QByteArray file;
+            int backlight, language;
+        };
+        const QByteArray deep = QByteArray("<x>").repeated(5000) + QByteArray("</x>").repeated(5000);
+        for (const auto &[name, file, backlight, language] : {
+                 Row{"empty", "", 0, 0},
+                 {"any order, unknown between, deep",
+                  wrapped("<LanguageIdx>3</LanguageIdx>" + deep + "<LCDBacklightValue>5</LCDBacklightValue>"),
+                  5, 3},
+                 {"unknown beside settings",
+                  "<systemsettings><old><LCDBacklightValue>9</LCDBacklightValue></old><settings>"
+                  "<LCDBacklightValue>5</LCDBacklightValue></settings></systemsettings>",
+                  5, 0},
+                 {"element inside a number",
+                  wrapped("<LCDBacklightValue>5<b>1</b></LCDBacklightValue><LanguageIdx>2</LanguageIdx>"), 5,
+                  2},
+                 {"not a number", wrapped("<LCDBacklightValue>x</LCDBacklightValue>"), 0, 0},
+                 {"breaks off in a number",
+                  wrapped("<LCDBacklightValue>5</LCDBacklightValue><LanguageIdx>12").left(112), 5, 0},
+                 {"foreign root", "<a><settings><LanguageIdx>3</LanguageIdx></settings></a>", 0, 0},
+                 {"document type declaration",
+                  "<!DOCTYPE s [<!ENTITY a \"aaaa\">]><systemsettings><settings>"
+                  "<LanguageIdx>3</LanguageIdx></settings></systemsettings>",
+                  0, 0},
+                 {"far too large", wrapped(QByteArray(100000000, ' ') + "<LanguageIdx>3</LanguageIdx>"), 0,
+                  0},
+             }) {
+            const _GlobalSystemSettings settings = settingsOf(file);
+            QVERIFY2(int(settings.LCDBacklightValue) == backlight, name);
+            QVERIFY2(int(settings.LanguageIdx) == language, name);
+        }
     }
 
     void whatIsWrittenIsReadBack()
@@ -109,47 +110,23 @@ private slots:
         QCOMPARE(folder.content(brightness), "3");
     }
 
-    void aStrangeLanguageNamesNoFile()
-    {
-        const _GlobalSystemSettings settings =
-            settingsOf(wrapped("<LanguageIdx>" + QByteArray::number(eTheEnd) + "</LanguageIdx>"));
-        QCOMPARE(settings.damageCatelog_filename, u"/home/root/tubix4_app/damagecatelog/damagecat_.txt"_s);
-    }
-
-    void batteryGrades_data()
-    {
-        QTest::addColumn<int>("reading");
-        QTest::addColumn<int>("temperature"); // -2: a board with old firmware
-        QTest::addColumn<int>("supply");
-        QTest::addColumn<int>("status");
-        const auto row = [](int reading, int temperature, int supply, int status) {
-            QTest::addRow("%d/%d/%d", reading, temperature, supply)
-                << reading << temperature << supply << status;
-        };
-        row(913, 194, 0, eBattery100);
-        row(912, 194, 0, eBattery80);
-        row(650, 194, 0, eBattery20);
-        row(649, 194, 0, eBatteryEmpty);
-        row(-128, 194, 0, eBatteryError);
-        row(0, 194, 1, eBatteryExternalSupply);
-        row(900, 194, -128, eBatteryError);
-        row(900, 193, 1, eBatteryTemperatureWarning);
-        row(900, 84, 0, eBatteryTemperatureWarning);
-        row(900, 83, 0, eBatteryCriticalTemperature);
-        row(900, -1, 0, eBatteryError);
-        row(3081, -2, 0, eBattery20);
-        row(3080, -2, 0, eBatteryEmpty);
-        row(3681, -2, 0, eBattery100);
-        row(-1, -2, 0, eBatteryError);
-    }
     void batteryGrades()
     {
-        QFETCH(const int, reading);
-        QFETCH(const int, temperature);
-        QFETCH(const int, supply);
-        const auto status = temperature == -2 ? battery::gradeOldFirmware(qint16(reading))
-                                              : battery::grade(qint16(reading), qint16(temperature), supply);
-        QTEST(int(status), "status");
+        for (const auto &[reading, temperature, supply, status] : {std::tuple(913, 194, 0, eBattery100),
+                                                                   {912, 194, 0, eBattery80},
+                                                                   {650, 194, 0, eBattery20},
+                                                                   {649, 194, 0, eBatteryEmpty},
+                                                                   {-128, 194, 0, eBatteryError},
+                                                                   {0, 194, 1, eBatteryExternalSupply},
+                                                                   {900, 194, -128, eBatteryError},
+                                                                   {900, 193, 1, eBatteryTemperatureWarning},
+                                                                   {900, 84, 0, eBatteryTemperatureWarning},
+                                                                   {900, 83, 0, eBatteryCriticalTemperature},
+                                                                   {900, -1, 0, eBatteryError}})
+            QCOMPARE(int(battery::grade(qint16(reading), qint16(temperature), supply)), int(status));
+        for (const auto &[reading, status] :
+             {std::pair(3681, eBattery100), {3081, eBattery20}, {3080, eBatteryEmpty}, {-1, eBatteryError}})
+            QCOMPARE(int(battery::gradeOldFirmware(qint16(reading))), int(status));
     }
 
     void theBoardTellsVersionAndHead()
@@ -175,28 +152,6 @@ private slots:
         QCOMPARE(settings->getParams().ImagerType, e60meter);
         settings->ReadBatteryPotential();
         QCOMPARE(settings->getParams().BatteryStatus, eBatteryError);
-    }
-
-    void aTouchStepsASettingAndComesRound()
-    {
-        const auto walk = [](auto step, auto value, int touches) {
-            QList<int> visited;
-            for (int i = 0; i < touches; ++i)
-                visited << int(value = step(value));
-            return visited;
-        };
-        using namespace toolscycle;
-        QCOMPARE(walk(backlightAfter, quint8(7), 8), (QList<int>{2, 3, 4, 5, 6, 7, 2, 3}));
-        QCOMPARE(walk(backlightAfter, quint8(0), 2), (QList<int>{2, 3}));
-        QCOMPARE(walk(backlightAfter, quint8(255), 1), QList<int>{2});
-        QCOMPARE(walk(autoShutdownAfter, qint8(2), 4), (QList<int>{1, 0, 3, 2}));
-        QCOMPARE(walk(autoShutdownAfter, qint8(100), 1), QList<int>{3});
-        QCOMPARE(walk(autoShutdownAfter, qint8(-128), 1), QList<int>{3});
-        QCOMPARE(walk(languageAfter, quint8(4), eTheEnd).last(), 4);
-        QCOMPARE(walk(languageAfter, quint8(200), 1), QList<int>{0});
-        QCOMPARE(headAfter(eNoImagerAttached, eMinimodule_10m).type, e60meter);
-        QCOMPARE(headAfter(eMinimodule_10m, e30meter).type, e30meter);
-        QCOMPARE(headAfter(e60meter, e30meter).type, eMinimodule_10m);
     }
 
     void bothFormsOfAddressesAreUnderstood()

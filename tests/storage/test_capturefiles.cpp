@@ -12,74 +12,47 @@ const QString kFolder = u"/card"_s;
 
 } // namespace
 
-class TestCaptureFiles : public QObject
+class TestCaptureFiles : public HeardTest
 {
     Q_OBJECT
 
 private slots:
-    void aNameHarmsNothing_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("used");
-        QTest::newRow("a name") << u" Manhole 3 "_s << u"Manhole 3"_s;
-        QTest::newRow("japanese") << u"\u4e80\u88c2"_s << u"\u4e80\u88c2"_s;
-        QTest::newRow("a dash first") << u"-rf"_s << u"-rf"_s;
-        QTest::newRow("blanks") << u"   "_s << QString();
-        QTest::newRow("another folder") << u"../x"_s << QString();
-        QTest::newRow("the folder itself") << u"."_s << QString();
-        QTest::newRow("hidden") << u".x"_s << QString();
-        QTest::newRow("dots at the end") << u"x. ."_s << u"x"_s;
-        QTest::newRow("a device") << u"CON"_s << QString();
-        QTest::newRow("a device with an end") << u"com1.first"_s << QString();
-        QTest::newRow("a device and a blank") << u"aux .x"_s << QString();
-        QTest::newRow("nearly a device") << u"Console.COM1"_s << u"Console.COM1"_s;
-        QTest::newRow("a sign that the card refuses") << u"a>b"_s << QString();
-        QTest::newRow("a line break") << u"a\nb"_s << QString();
-        QTest::newRow("the longest") << QString(251, u'x') << QString(251, u'x');
-        QTest::newRow("too long") << QString(252, u'x') << QString();
-        QTest::newRow("too many bytes") << QString(84, u'\u4e80') << QString();
-    }
     void aNameHarmsNothing()
     {
-        QFETCH(const QString, typed);
-        QTEST(capturefiles::usableName(typed, u".jpg"_s), "used");
+        const auto used = [](const QString &typed) { return capturefiles::usableName(typed, u".jpg"_s); };
+        QCOMPARE(used(u" Manhole 3 "_s), u"Manhole 3"_s);
+        QCOMPARE(used(u"x. ."_s), u"x"_s);
+        for (const QString &fine : {u"\u4e80\u88c2"_s, u"-rf"_s, u"Console.COM1"_s, QString(251, u'x')})
+            QCOMPARE(used(fine), fine);
+        for (const QString &harm :
+             {u"   "_s, u"../x"_s, u"."_s, u".x"_s, u"CON"_s, u"com1.first"_s, u"aux .x"_s, u"a>b"_s,
+              u"a\nb"_s, QString(252, u'x'), QString(84, u'\u4e80')})
+            QCOMPARE(used(harm), QString());
     }
 
-    void aRenameIsAllOrNothing_data()
-    {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("withNote");
-        QTest::addColumn<QStringList>("files"); // afterwards
-        const QStringList as = {u"A.avi"_s, u"A.jpg"_s, u"A.wav"_s, u"B.jpg"_s, u"C.jpeg"_s, u"N.wav"_s};
-        const auto with = [&as](const QString &old, const QString &now) {
-            QStringList files = as;
-            files.replaceInStrings(old, now);
-            files.sort();
-            return files;
-        };
-        QTest::newRow("with its note")
-            << u"A.jpg"_s << u"Pipe"_s << true
-            << (QStringList{u"A.avi"_s, u"B.jpg"_s, u"C.jpeg"_s, u"N.wav"_s, u"Pipe.jpg"_s, u"Pipe.wav"_s});
-        QTest::newRow("name taken") << u"A.jpg"_s << u"B"_s << true << as;
-        QTest::newRow("note taken") << u"A.jpg"_s << u"N"_s << true << as;
-        QTest::newRow("no note to take over") << u"B.jpg"_s << u"N"_s << false << as;
-        QTest::newRow("a film beside a note")
-            << u"A.avi"_s << u"N"_s << false << with(u"A.avi"_s, u"N.avi"_s);
-        QTest::newRow("a longer extension")
-            << u"C.jpeg"_s << u"D"_s << false << with(u"C.jpeg"_s, u"D.jpeg"_s);
-    }
     void aRenameIsAllOrNothing()
     {
-        QFETCH(const QString, file);
-        QFETCH(const QString, name);
-        QFETCH(const bool, withNote);
-        const TestUnit folder({kFolder});
-        for (const char *each : {"A.avi", "A.jpg", "A.wav", "B.jpg", "C.jpeg", "N.wav"})
-            folder.put(kFolder + u'/' + QLatin1String(each), each);
-        capturefiles::rename(kFolder, file, name, withNote);
-        QTEST(QDir(unit::path(kFolder)).entryList(QDir::Files, QDir::Name), "files");
-        QCOMPARE(folder.content(kFolder + u"/B.jpg"_s), "B.jpg"); // never written over
+        const QStringList as = {u"A.avi"_s, u"A.jpg"_s, u"A.wav"_s, u"B.jpg"_s, u"C.jpeg"_s, u"N.wav"_s};
+        const auto renamed = [&](const QString &file, const QString &name, bool withNote) {
+            const TestUnit folder({kFolder});
+            for (const QString &each : as)
+                folder.put(kFolder + u'/' + each, each.toUtf8());
+            capturefiles::rename(kFolder, file, name, withNote);
+            QStringList moved; // what each file that is not where it was was called
+            for (const QString &each : QDir(unit::path(kFolder)).entryList(QDir::Files, QDir::Name)) {
+                const QString was = QString::fromUtf8(folder.content(kFolder + u'/' + each));
+                if (was != each)
+                    moved << was + u' ' + each;
+            }
+            return moved;
+        };
+        QCOMPARE(renamed(u"A.jpg"_s, u"Pipe"_s, true),
+                 (QStringList{u"A.jpg Pipe.jpg"_s, u"A.wav Pipe.wav"_s}));
+        QCOMPARE(renamed(u"A.jpg"_s, u"B"_s, true), QStringList());
+        QCOMPARE(renamed(u"A.jpg"_s, u"N"_s, true), QStringList());  // the note's name is taken
+        QCOMPARE(renamed(u"B.jpg"_s, u"N"_s, false), QStringList()); // no note to take over
+        QCOMPARE(renamed(u"A.avi"_s, u"N"_s, false), QStringList{u"A.avi N.avi"_s});
+        QCOMPARE(renamed(u"C.jpeg"_s, u"D"_s, false), QStringList{u"C.jpeg D.jpeg"_s});
     }
 
     void aFilmLeavesThePicturesNoteAlone()
@@ -89,8 +62,8 @@ private slots:
             folder.put(kFolder + u'/' + QLatin1String(each), each);
         QVERIFY(capturefiles::remove(kFolder, u"A.avi"_s));
         capturefiles::removeNote(kFolder, u"A.avi"_s);
-        QVERIFY(QFile::exists(unit::path(kFolder + u"/A.wav"_s)));
-        QVERIFY(!QFile::exists(unit::path(kFolder + u"/.thumbs/A.jpg"_s)));
+        QVERIFY(exists(kFolder + u"/A.wav"_s));
+        QVERIFY(!exists(kFolder + u"/.thumbs/A.jpg"_s));
     }
 };
 

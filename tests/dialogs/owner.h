@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QWidget>
+
+// A window that loses its card.
+class Owner : public QWidget
+{
+    Q_OBJECT
+
+signals:
+    void SDCardRemoved();
+};
