@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -16,7 +17,7 @@ inline void touchIn(const QWidget *dialog, const QString &button)
 template <typename Dialog = QDialog, typename Act> void whenOpen(Act act)
 {
     auto *poll = new QTimer(qApp);
-    const QWidget *now = QApplication::activeModalWidget();
+    const QPointer<QWidget> now = QApplication::activeModalWidget(); // the next may lie where this one lay
     QObject::connect(poll, &QTimer::timeout, poll, [poll, now, act] {
         auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
         if (!dialog || dialog == now)

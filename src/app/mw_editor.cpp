@@ -228,6 +228,8 @@ void MainWindow::leaveEditor()
             tellCardTakesNothing();
             return;
         }
+        if (m_screen != ScreenKind::Editor) // gone under the question, with the card
+            return;
     }
     closeEditor();
     if (g_SavedFSInfo.currSelectedFile.contains(QLatin1String(".avi")))

@@ -179,6 +179,7 @@ private slots:
         QVERIFY(editor.answer({u"btn_Confirm"_s}, [&] { editor.back(); }));
         QVERIFY(!editor.isOpen());
         QVERIFY(isNear(editor.saved().pixelColor(150, 100), Qt::red));
+        QCOMPARE(editor.pictures().size(), 2);
         // The pop-up of a still, from which another screen has come in between, opens no editor.
         editor.back();
         editor.back();
@@ -186,7 +187,6 @@ private slots:
         editor.window.ChangeMainState(eStateUsbActive);
         QTRY_VERIFY(editor.button("btn_menu_Capture")->parentWidget()->isEnabled());
         QVERIFY(!editor.isOpen());
-        QCOMPARE(editor.pictures().size(), 2);
     }
 
     void aFilmsFrameIsSavedAsAPictureWithItsBand()
@@ -268,7 +268,8 @@ private slots:
                 editor.touch(40, button);
             if (button == 0 || button == 411)
                 pull();
-            QTRY_VERIFY(!editor.isOpen());
+            QTRY_COMPARE_WITH_TIMEOUT(editor.window.mainState(), eStatePlaybackNothingSaved, 20000);
+            QVERIFY(!editor.isOpen());
             QVERIFY(!Screen::settings().bPictureEdited);
             editor.back();
             QVERIFY(editor.button("btn_menu_zoom_plus")->isVisible());

@@ -140,6 +140,7 @@ private slots:
                   "speaker=fakesink sync=true\n");
         gst_EnableAudioRecording(0);
         const QString film = unit::path(u"/film.avi"_s);
+        QFile::remove(film);
         const int before = nBuffers;
         gst_StartRecordingAVIFile(film.toUtf8().constData(), int(film.toUtf8().size()));
         QTRY_VERIFY_WITH_TIMEOUT(nBuffers > before + 10, 20000);
