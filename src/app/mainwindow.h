@@ -19,6 +19,7 @@
 #include <memory>
 #include <vector>
 
+class QDialog;
 class QFileSystemWatcher;
 class QModelIndex;
 class QTimer;
@@ -47,6 +48,7 @@ public:
     void clearLiveVideoLabel();
 
     // --- mw_system.cpp ---
+    void ask(QDialog &dialog);        // runs it; events wait (mw_events.cpp)
     void ActivateMSDC(bool activate); // offers the card to a USB host, or takes it back
 
     // Shows raw encoder counts for the rest of the run when the card asks for it; returns 1.
@@ -291,6 +293,7 @@ private:
 
     // --- toolsmenu_actions.cpp ---
     void showCameraHead();
+    void askForHead();
 
     std::unique_ptr<Ui::MainWindow> ui;
     editorScene *mainScene = nullptr; // child of the window
@@ -316,6 +319,7 @@ private:
     qint16 m_i2cRetries = 0;     // meter readings failed in a row
     qint32 nSystemCheck = 0;     // calls of systemCheck() that reached their end
     PendingEvents m_events;
+    int m_questions = 0;   // dialogs on the stack
     int m_actionDepth = 0; // entry actions, and events let through by them, on the stack
     messagelog::Batch m_logBatch;
 

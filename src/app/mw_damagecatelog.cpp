@@ -16,7 +16,7 @@ void MainWindow::on_btn_DamageCatelog_clicked()
     DamageCatelog catalog(this);
     connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
     catalog.init();
-    catalog.exec();
+    ask(catalog);
     if (catalog.returnValue)
         noteDamage(catalog.returnDamageDescription);
 

@@ -132,7 +132,7 @@ void MainWindow::enterPlaybackEditAddText()
     DamageCatelog catalog(this);
     connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
     catalog.init();
-    catalog.exec();
+    ask(catalog);
     if (catalog.returnValue && !catalog.returnDamageDescription.isEmpty()) {
         mainScene->setText(catalog.returnDamageDescription);
         mainScene->setMode(eInsertText);
@@ -151,7 +151,7 @@ void MainWindow::enterPlaybackEditColor()
     connect(this, &MainWindow::SDCardRemoved, &picker, &QDialog::close);
     picker.setColor(current.isValid() ? current : mainScene->drawingColor());
     picker.init();
-    picker.exec();
+    ask(picker);
     current = picker.selectedColor;
     mainScene->setColor(current);
     showTool(mainScene->mode()); // the tool taken before is still in the hand
@@ -228,8 +228,6 @@ void MainWindow::leaveEditor()
             tellCardTakesNothing();
             return;
         }
-        if (m_screen != ScreenKind::Editor) // gone under the question, with the card
-            return;
     }
     closeEditor();
     if (g_SavedFSInfo.currSelectedFile.contains(QLatin1String(".avi")))

@@ -19,13 +19,19 @@ void MainWindow::announce(UnitEvent event)
     takeEvents();
 }
 
+// A question is over when whoever asked goes on, not yet when its dialog is gone.
+void MainWindow::ask(QDialog &dialog)
+{
+    const QScopedValueRollback asked(m_questions, m_questions + 1);
+    dialog.exec();
+}
+
 void MainWindow::takeEvents()
 {
     while (!m_events.isEmpty()) {
-        const bool isAsked = QApplication::activeModalWidget() != nullptr;
-        if (isAsked && closesDialogs(m_events.first(), m_screen, g_MainState, m_actionDepth > 0))
+        if (m_questions > 0 && closesDialogs(m_events.first(), m_screen, g_MainState, m_actionDepth > 0))
             closeDialogs();
-        if (isAsked || m_actionDepth > 0)
+        if (m_questions > 0 || m_actionDepth > 0)
             return; // systemCheck() comes by again
         take(m_events.takeFirst());
     }

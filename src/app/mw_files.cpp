@@ -80,7 +80,7 @@ void MainWindow::RenameFile()
     const QString file = g_SavedFSInfo.currSelectedFile;
     keyboardWidget keyboard(capturefiles::baseOf(file), kNameKeyboard, true, this);
     keyboard.init(this);
-    keyboard.exec();
+    ask(keyboard);
     renameSelected(capturefiles::usableName(keyboard.returnableText, capturefiles::extensionOf(file)));
     displaySelectedThumbnail();
     ActivateMSDC(true);

@@ -28,14 +28,15 @@ bool MainWindow::confirm(const char *picture)
 {
     ConfirmationBox box(QPixmap(graphic(picture)), this);
     connect(this, &MainWindow::SDCardRemoved, &box, &QDialog::reject);
-    box.exec();
+    ask(box);
     return box.returnStatus;
 }
 
 // Nothing is asked: it stays until it is seen, also when the card is gone meanwhile.
 void MainWindow::tell(const char *picture)
 {
-    ConfirmationBox(QPixmap(graphic(picture)), this).exec();
+    ConfirmationBox box(QPixmap(graphic(picture)), this);
+    ask(box);
 }
 
 void MainWindow::tellCardLost()

@@ -38,7 +38,7 @@ template <typename ClockDialog> void askForClock(MainWindow &window)
     const CardWithoutHost card(window);
     ClockDialog dialog(&window);
     dialog.init();
-    dialog.exec();
+    window.ask(dialog);
 }
 
 QString textOf(const toolscycle::Head *head)
@@ -74,7 +74,7 @@ void MainWindow::on_btn_menu_FolderOptions_clicked()
     FileExplorer explorer(this);
     explorer.init(this);
     explorer.setData(g_SavedFSInfo.currRootDirectory);
-    explorer.exec();
+    ask(explorer);
     // Without a card there is no folder to go to; the next card brings its own.
     if (explorer.returnableText.isEmpty())
         return;
@@ -154,12 +154,18 @@ void MainWindow::on_btn_tools_Select_Camera_Type_clicked()
 
 // The dialog comes up once for a missing file or on request, and once more when the file cannot be read then;
 // the values stay as they are without one.
+void MainWindow::askForHead()
+{
+    SystemImagerConfiguration dialog(this);
+    ask(dialog);
+}
+
 int MainWindow::ReadSystemImagerConfigurationFile()
 {
     if (!imagerconfigurationfile::exists() || imagerconfigurationfile::isAskedFor())
-        SystemImagerConfiguration(this).exec();
+        askForHead();
     if (!imagerconfigurationfile::read(m_pParams->getParams()))
-        SystemImagerConfiguration(this).exec();
+        askForHead();
     return 0;
 }
 
