@@ -199,7 +199,9 @@ private:
     bool mayCapture(eMainStates state);
     void awaitStill();
     void savePicture();
-    void logCapture(eLogFileOperation operation, const QString &name); // at the meter count
+    // At the meter count.
+    void logCapture(eLogFileOperation operation, const QString &name,
+                    const QTime &time = QTime::currentTime());
     void showCurrentFolder();
     bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
     void tell(const char *picture);

@@ -158,10 +158,10 @@ void MainWindow::endCardEvent(eMainStates event, eMainStates previous)
         restoreMainState(previous);
 }
 
-void MainWindow::logCapture(eLogFileOperation operation, const QString &name)
+void MainWindow::logCapture(eLogFileOperation operation, const QString &name, const QTime &time)
 {
     UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount),
-                   inCurrentFolder(name), QString());
+                   inCurrentFolder(name), QString(), time);
 }
 
 // The picture of this moment is saved, or none: a camera that has just been started gets its time.

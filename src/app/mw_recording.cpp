@@ -60,8 +60,12 @@ void MainWindow::enterLiveSavingMovieQueued()
     imageTimer->start();
 }
 
+// A film that ends has the same state as one whose end was touched before its first picture, and painting the
+// busy sign lets the frame pump in: that film has its row.
 void MainWindow::awaitFilm()
 {
+    if (m_film != Film::Awaited)
+        return;
     if (gst_FilmHasPicture())
         noteFilmStart();
     else if (g_gst_VideoPipelineMode == eGSTStateVideoRecordError || m_awaitedSince.hasExpired(kLongestStart))
@@ -115,11 +119,12 @@ void MainWindow::tellLostSound()
 void MainWindow::continueInNextFilm()
 {
     const QString closed = g_SavedFSInfo.currFileName;
+    const QTime ended = QTime::currentTime();
     gst_EndVideoInputPipeline();
     startFilm();
     m_film = Film::Runs;
     ++g_SavedFSInfo.currDCIMIndex;
-    logCapture(eVideoStop, closed);
+    logCapture(eVideoStop, closed, ended);
     logCapture(eVideoStart, g_SavedFSInfo.currFileName);
     saveFilmThumbnail(closed);
 }
@@ -145,20 +150,31 @@ void MainWindow::endFilm()
     const bool fileFailed = gst_FilmFileFailed();
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     closeFilm();
-    if (isDiskFull() || fileFailed)
+    const bool isTold = isDiskFull() || fileFailed;
+    // A film may find its card gone before the kernel's line is read: the removal would close a question here.
+    const bool isCardGone = isTold && !SDCardInfo.inserted;
+    if (isTold && !isCardGone)
         tellCardTakesNothing();
     imageTimer->stop();
     ActivateMSDC(true);
     emit BusyIndicator(false);
     backToLiveView();
+    if (isCardGone)
+        tellCardLost();
 }
 
+// A slow card takes seconds to close it: the row has the time of the film's end. What could not be closed in time
+// is mended at once.
 void MainWindow::closeFilm()
 {
+    const QTime ended = QTime::currentTime();
     gst_EndVideoInputPipeline();
     m_film = Film::None;
+    const QString film = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName));
+    if (avirepair::isCutOff(film))
+        avirepair::repair(film);
     command::run(QStringLiteral("sync"));
-    logCapture(eVideoStop, g_SavedFSInfo.currFileName);
+    logCapture(eVideoStop, g_SavedFSInfo.currFileName, ended);
     saveFilmThumbnail(g_SavedFSInfo.currFileName);
 }
 

@@ -229,14 +229,14 @@ void createLogHTMLlog(const QString &folder)
 }
 
 void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path,
-                    const QString &text)
+                    const QString &text, const QTime &time)
 {
     QFile page(unit::path(pageFile()));
     if (!page.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
         return;
     const bool named = operation == eFileRename || operation == eDamageCatelogChange;
     const auto [row, line] =
-        inspectionlog::entry(operation, meter, QTime::currentTime().toString(QStringLiteral("hh:mm:ss")),
+        inspectionlog::entry(operation, meter, time.toString(QStringLiteral("hh:mm:ss")),
                              named ? text.trimmed() : path.section(QLatin1Char('/'), -1));
     if (putRow(page, row) != Put::Failed)
         appendLine(textFile(), line);

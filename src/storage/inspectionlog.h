@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QTime>
 
 enum eLogFileOperation {
     eImageCapture,
@@ -25,10 +26,9 @@ void createLogHTMLlog(const QString &folder);
 // negative count, the length is not known ("---.--"). `path` counts for captures, films and deletions (its
 // last component), `text` for renames and damage notes. One write a file, then sync: the cost does not grow
 // with the page, unless somebody has written behind its table. Without a page nothing is logged; a page
-// without
-// "</table>" keeps its bytes and only the text line is added.
+// without "</table>" keeps its bytes and only the text line is added. `time`: of the event.
 void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path,
-                    const QString &text);
+                    const QString &text, const QTime &time = QTime::currentTime());
 
 // Mends what a write that was cut off has torn: closes the page again after its last whole row, and completes
 // the text file's last line from the page. What is not the torn end of a row of ours stays, byte for byte.
