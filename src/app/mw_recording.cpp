@@ -151,7 +151,8 @@ void MainWindow::endFilm()
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     closeFilm();
     const bool isTold = isDiskFull() || fileFailed;
-    // A film may find its card gone before the kernel's line is read: the removal would close a question here.
+    // A film may find its card gone before the kernel's line is read: the removal would close a question
+    // here.
     const bool isCardGone = isTold && !SDCardInfo.inserted;
     if (isTold && !isCardGone)
         tellCardTakesNothing();
@@ -163,8 +164,8 @@ void MainWindow::endFilm()
         tellCardLost();
 }
 
-// A slow card takes seconds to close it: the row has the time of the film's end. What could not be closed in time
-// is mended at once.
+// A slow card takes seconds to close it: the row has the time of the film's end. What could not be closed in
+// time is mended at once.
 void MainWindow::closeFilm()
 {
     const QTime ended = QTime::currentTime();

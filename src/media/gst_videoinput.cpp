@@ -330,8 +330,8 @@ void configureLayout(eGstreamerState layout)
     case eGSTStateRecordingWithoutAudio:
         g_gst_Pipeline.videosavesink = lookUp("avifilename");
         g_object_set(g_gst_Pipeline.videosavesink, "location", g_gst_VideoFileName, nullptr);
-        // The muxer hands on a hundred small pieces a second, and a slow card takes its time for each write. What
-        // waits for its 64 KB when the power goes is a tenth of a second.
+        // The muxer hands on a hundred small pieces a second, and a slow card takes its time for each write.
+        // What waits for its 64 KB when the power goes is a tenth of a second.
         gst_util_set_object_arg(G_OBJECT(g_gst_Pipeline.videosavesink), "buffer-mode", "full");
         g_filmSync.emplace(g_gst_VideoFileName);
         watchForFirstPicture();
