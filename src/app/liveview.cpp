@@ -96,7 +96,7 @@ void MainWindow::doNextFrame()
             awaitStill();
         break;
     case FrameJob::AwaitFilm:
-        if (m_actionDepth == 0 && m_film == Film::Awaited)
+        if (m_actionDepth == 0)
             awaitFilm();
         break;
     case FrameJob::Recording:

@@ -150,18 +150,12 @@ void MainWindow::endFilm()
     const bool fileFailed = gst_FilmFileFailed();
     g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
     closeFilm();
-    const bool isTold = isDiskFull() || fileFailed;
-    // A film may find its card gone before the kernel's line is read: the removal would close a question
-    // here.
-    const bool isCardGone = isTold && !SDCardInfo.inserted;
-    if (isTold && !isCardGone)
+    if (isDiskFull() || fileFailed)
         tellCardTakesNothing();
     imageTimer->stop();
     ActivateMSDC(true);
     emit BusyIndicator(false);
     backToLiveView();
-    if (isCardGone)
-        tellCardLost();
 }
 
 // A slow card takes seconds to close it: the row has the time of the film's end. What could not be closed in
