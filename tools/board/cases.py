@@ -2,11 +2,10 @@
 it raises kit.Failed when that is not what it should have been."""
 import os
 import re
-import shutil
 import time
 from typing import Callable, NamedTuple
 
-from kit import CARD, Card, Failed, expect, film_facts, run
+from kit import CARD, Card, expect, film_facts, run
 
 ALL = []
 DAY = f"{CARD}/DCIM/100TUBIX/$(date +%d%m%Y)"
@@ -72,6 +71,25 @@ def unmounted(board, limit=60):
 def known(board):
     """Waits until the application has taken the card that was pushed in."""
     return board.says("eStateSDCardInserted.* -> back to")
+
+
+def insert(board, card=None, read_only=False):
+    """Pushes a card in and lets the application take it; the seconds that its mount took."""
+    board.mark()
+    with board.held():
+        board.push(card, read_only)
+        seconds = mounted(board, 90)
+    known(board)
+    return seconds
+
+
+def remove(board):
+    """Pulls the card and lets the application see it; the seconds until it is unmounted."""
+    board.mark()
+    board.pull()
+    seconds = unmounted(board)
+    board.says("eStateSDCardRemoved")
+    return seconds
 
 
 def switch_off(board):
@@ -242,17 +260,29 @@ def power_key(bench):
 @case("pull-live", "card pulled in live view, put back")
 def pull_live(bench):
     board = bench.ready()
-    board.pull()
-    gone = unmounted(board)
+    gone = remove(board)
     board.says("eStateSDCardRemoved.* -> back to")
     board.look("pulled")
-    board.mark()
-    board.push()
-    back = mounted(board)
-    known(board)
+    back = insert(board)
     count = one_more_still(board, bench)[0]
     expect(count == 2, f"{count} stills on the card")
     return f"unmounted after {gone:.1f} s, mounted again after {back:.1f} s; the next still lies on it, card clean"
+
+
+@case("pull-still", "card pulled three seconds after a still")
+def pull_still(bench):
+    board = bench.ready()
+    take_still(board)
+    time.sleep(3)
+    remove(board)
+    card = Card(board.card)
+    damage = card.check().replace("\n", " ")
+    folder = bench.file("card")
+    files = card.files(folder)
+    sizes = {os.path.basename(name): os.path.getsize(os.path.join(folder, name))
+             for name in files if "/.html_assets/" not in name}
+    expect(sizes.get("TUBX0002.jpg"), f"on the pulled card: {sizes}; {damage[-200:]}")
+    return "the still is whole on the pulled card"
 
 
 @case("pull-film", "card pulled in a film, put back")
@@ -260,18 +290,12 @@ def pull_film(bench):
     board = bench.ready()
     begin_film(board)
     time.sleep(5)
-    board.mark()
-    board.pull()
-    gone = unmounted(board)
-    board.says("eStateSDCardRemoved")
+    gone = remove(board)
     time.sleep(3)
     board.look("pulled")
     board.touch("ConfirmationBox.btn_Confirm")
     board.says("-> .*eStateLive\\b")
-    board.mark()
-    board.push()
-    back = mounted(board)
-    known(board)
+    back = insert(board)
     board.touch("btn_menu_CaptureModeSelect")
     board.says("eStateCaptureModeChange")
     count, folder, files = one_more_still(board, bench)
@@ -287,15 +311,10 @@ def pull_browser(bench):
     open_browser(board)
     board.touch(thumbnail(0))
     board.says("-> .*eStatePlaybackSnapshot\\b")
-    board.mark()
-    board.pull()
-    unmounted(board)
+    remove(board)
     board.says("-> .*eStatePlaybackNothingSaved")
     board.look("pulled")
-    board.mark()
-    board.push()
-    mounted(board)
-    known(board)
+    insert(board)
     board.touch("btn_menu_ThumbnailBack")
     board.says("-> .*eStateLive\\b")
     count = one_more_still(board, bench)[0]
@@ -325,13 +344,8 @@ def pull_twice(bench):
 def pull_other(bench):
     board = bench.ready()
     first = board.card
-    board.pull()
-    unmounted(board)
-    board.says("eStateSDCardRemoved.* -> back to")
-    board.mark()
-    board.push(bench.empty_card("other.raw", 128))
-    mounted(board)
-    known(board)
+    remove(board)
+    insert(board, bench.empty_card("other.raw", 128))
     count = one_more_still(board, bench)[0]
     expect(count == 1, f"{count} stills on the other card")
     left = Card(first).files(bench.file("first"))
@@ -339,20 +353,20 @@ def pull_other(bench):
     return "its folder is made, the next still lies on it alone"
 
 
-@case("dirty", "a card that was pulled while it was written to, with a damaged free count and a lost chain")
+@case("dirty", "a card that was pulled out of a film: its check before the mount")
 def dirty(bench):
     board = bench.ready()
-    board.pull()
-    unmounted(board)
-    board.says("eStateSDCardRemoved.* -> back to")
-    card = bench.copy(board.card, "dirty.raw")
-    with open(card, "r+b") as image:
-        image.seek((1 << 20) + 65)
-        image.write(b"\x01")  # the dirty bit
-    board.mark()
-    board.push(card)
-    took = mounted(board, 90)
-    known(board)
+    begin_film(board)
+    remove(board)
+    board.says("eStateSDCardRemoved")
+    time.sleep(3)
+    board.touch("ConfirmationBox.btn_Confirm")
+    board.says("-> .*eStateLive\\b")
+    damage = Card(board.card).check()
+    expect("Dirty bit" in damage, f"the pulled card is clean: {damage}")
+    took = insert(board)
+    board.touch("btn_menu_CaptureModeSelect")
+    board.says("eStateCaptureModeChange")
     checked = board.sh("journalctl -b -u media-mmcblk1p1.mount -o cat --no-pager | grep -A 9 'not unmounted in order' | tail -n 9")
     count = one_more_still(board, bench)[0]
     expect(count == 2, f"{count} stills on the card")
@@ -362,14 +376,9 @@ def dirty(bench):
 @case("read-only", "a card with its write protection on")
 def read_only(bench):
     board = bench.ready()
-    board.pull()
-    unmounted(board)
-    board.says("eStateSDCardRemoved.* -> back to")
+    remove(board)
     before = run("md5sum", board.card).split()[0]
-    board.mark()
-    board.push(read_only=True)
-    mounted(board)
-    known(board)
+    insert(board, read_only=True)
     board.touch("btn_menu_Capture")
     time.sleep(8)
     board.look("after-touch")
@@ -385,13 +394,8 @@ def read_only(bench):
 @case("exfat", "an exFAT card")
 def exfat(bench):
     board = bench.ready()
-    board.pull()
-    unmounted(board)
-    board.says("eStateSDCardRemoved.* -> back to")
-    board.mark()
-    board.push(bench.empty_card("exfat.raw", 512, "exfat"))
-    mounted(board)
-    known(board)
+    remove(board)
+    insert(board, bench.empty_card("exfat.raw", 512, "exfat"))
     kind = board.sh(f"findmnt -no FSTYPE {CARD}")
     expect(kind == "exfat", kind)
     take_still(board)

@@ -60,7 +60,7 @@ def command_line(disk, card, folder, display=("-display", "none"), serial=None, 
         "nice", "-n", "15", "qemu-system-x86_64", "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max",
         "-smp", "2", "-m", "1536", "-nodefaults", "-no-user-config", "-no-reboot", *display,
         "-kernel", f"{WORK}/vmlinuz", "-initrd", f"{WORK}/initrd.img",
-        "-append", "root=/dev/vda rw console=tty0 console=ttyS0 net.ifnames=0 vt.global_cursor_default=0",
+        "-append", "root=/dev/vda rw console=tty0 console=ttyS0 net.ifnames=0 vt.global_cursor_default=0 panic=1",
         # What the guest has flushed is in the file, so that killing QEMU is a power cut for the disk as well.
         "-drive", f"if=none,id=disk,format=qcow2,cache=writeback,file={disk}", "-device", "virtio-blk-pci,drive=disk",
         "-device", f"virtio-vga,xres={SCREEN[0]},yres={SCREEN[1]}", "-device", "virtio-tablet-pci",
@@ -171,6 +171,7 @@ class Board:
         Board.screen = Board.screen or Screen()
         os.makedirs(folder, exist_ok=True)
         self.folder, self.card, self.agent, self.pictures = folder, card, None, 0
+        self.journal_file, self.heard, self.marked = None, b"", 0
         for name in ("qmp", "agent"):
             with contextlib.suppress(FileNotFoundError):
                 os.unlink(os.path.join(folder, name))
@@ -183,7 +184,8 @@ class Board:
             self.qmp.receive(30)
             self.qmp.call("qmp_capabilities")
             if resume:
-                self.until(lambda: self.qmp.call("query-status")["status"] == "running", 120, "the saved machine runs")
+                self.until(lambda: self.qmp.call("query-status")["status"] == "paused", 120, "the saved machine is read")
+                self.qmp.call("cont")
         except BaseException:
             self.cut()
             raise
@@ -243,15 +245,28 @@ class Board:
         """Waits until a shell command in the machine succeeds; seconds."""
         return self.until(lambda: self.ask(command)[0] == 0, limit, command)
 
-    def journal(self, since="-b"):
-        return self.ask(f"journalctl -u tubix4 --no-pager -o cat {since}")[1]
+    def follow(self):
+        """Lets the machine write the application's journal into a file: read without starting a program."""
+        self.ask("pgrep -x journalctl || { setsid journalctl -b -n all -f -u tubix4 -o cat >/run/board.log 2>&1 & }; "
+                 "until test -s /run/board.log; do sleep 0.2; done")
+        self.journal_file = self.agent.call("guest-file-open", path="/run/board.log")
+
+    def journal(self):
+        """What the application has said since the machine's start."""
+        while True:
+            piece = self.agent.call("guest-file-read", handle=self.journal_file, count=1 << 20)
+            self.heard += base64.b64decode(piece["buf-b64"])
+            if piece["eof"] or not piece["count"]:
+                break
+        self.agent.call("guest-file-seek", handle=self.journal_file, offset=len(self.heard), whence="set")
+        return self.heard.decode(errors="replace")
 
     def mark(self):
         """From here on `said` looks."""
-        self.sh("journalctl -n 0 --show-cursor -o cat | sed -n 's/^-- cursor: //p' >/run/board.mark")
+        self.marked = len(self.journal())
 
     def said(self):
-        return self.journal("--after-cursor=\"$(cat /run/board.mark)\"")
+        return self.journal()[self.marked:]
 
     def says(self, pattern, limit=60):
         """Waits until the application's journal since the mark has the pattern; the seconds."""
@@ -259,17 +274,16 @@ class Board:
 
     def state(self):
         """The application's main state."""
-        found = re.findall(r"-> \"?(eState\w+)", self.journal())
+        found = re.findall(r"-> (?:back to )?(eState\w+)", self.journal())
         return found[-1] if found else ""
-
-    def reaches(self, state, limit=60):
-        return self.until(lambda: self.state() == state, limit, f"state {state}, still {self.state()}")
 
     def ready(self, limit=START_LIMIT):
         """Waits for the first picture; seconds since power-on."""
         self.meet(limit)
         self.until(lambda: self.ask("systemctl is-active tubix4")[1].strip() == "active", limit, "the unit is ready", 1)
-        return time.monotonic() - self.started
+        seconds = time.monotonic() - self.started
+        self.follow()
+        return seconds
 
     def folder_files(self):
         """The day's folder of the card, a file and its size a line."""
@@ -318,6 +332,15 @@ class Board:
         self.card = card or self.card
         self.monitor(f"change card {self.card} raw" + (" read-only" if read_only else ""))
 
+    @contextlib.contextmanager
+    def held(self):
+        """The application stands still meanwhile: a card's mount takes seconds here, and a tenth of one on a board."""
+        self.sh("pkill -STOP -x tubix4")
+        try:
+            yield
+        finally:
+            self.sh("pkill -CONT -x tubix4")
+
     def power_key(self):
         self.qmp.call("system_powerdown")
 
@@ -340,8 +363,23 @@ class Board:
             self.process.send_signal(signal.SIGKILL)
         self.process.wait()
 
+    # - on the shelf -
+
+    # QEMU saves no SD controller. They are taken off their bus before, and found anew afterwards, one after the other:
+    # the second one is the card's.
+    SLOTS = ("0000:00:10.0", "0000:00:11.0")
+
+    def without_slots(self):
+        for slot in self.SLOTS:
+            self.sh(f"echo 1 >/sys/bus/pci/devices/{slot}/remove")
+
+    def with_slots(self):
+        binds = "; ".join(f"echo {slot} >/sys/bus/pci/drivers/sdhci-pci/bind" for slot in self.SLOTS)
+        self.sh(f"cd /sys/bus/pci; echo 0 >drivers_autoprobe; echo 1 >rescan; {binds}; echo 1 >drivers_autoprobe")
+
     def save(self, path):
         """The machine as it is now into a file, and ends it."""
+        self.qmp.call("stop")  # memory that changes while it is written would be torn
         self.qmp.call("migrate", uri=f"exec:cat >'{path}'")
         self.until(lambda: self.qmp.call("query-migrate").get("status") == "completed", 300, "the machine is saved")
         with contextlib.suppress(EOFError, OSError, Failed):
