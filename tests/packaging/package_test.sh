@@ -115,7 +115,7 @@ test_upgrade_and_removal()
     check 'removal: the environment' "$(cat "$root/etc/default/tubix4")" QT_QPA_PLATFORM=eglfs
     package_tool -P tubix4-unit tubix4-simulator tubix4
     check 'purge: the owner'\''s files' "$(owner_files)" "$before"
-    check 'purge: nothing else is left' "$(find "$root" \( -name '*tubix4*' -o -name '*mmcblk1p1*' \) ! -path '*/home/*')" ''
+    check 'purge: nothing else is left' "$(find "$root" \( -name '*tubix4*' -o -name '*mmcblk1p1.mount*' \) ! -path '*/home/*')" ''
 }
 
 make_packages "$@"

@@ -247,7 +247,7 @@ class Board:
 
     def follow(self):
         """Lets the machine write the application's journal into a file: read without starting a program."""
-        self.ask("pgrep -x journalctl || { setsid journalctl -b -n all -f -u tubix4 -o cat >/run/board.log 2>&1 & }; "
+        self.ask("pgrep -x journalctl || { setsid journalctl -b -n all -f -u tubix4 -o cat | tee /run/board.log >/dev/ttyS0 & }; "
                  "until test -s /run/board.log; do sleep 0.2; done")
         self.journal_file = self.agent.call("guest-file-open", path="/run/board.log")
 
@@ -311,11 +311,12 @@ class Board:
 
     def drag(self, start, end):
         self.point(*start)
+        time.sleep(0.5)
         self.finger(True)
         for step in range(1, 9):
-            time.sleep(0.1)
+            time.sleep(0.2)
             self.point(*(a + (b - a) * step / 8 for a, b in zip(start, end)))
-        time.sleep(0.1)
+        time.sleep(0.5)
         self.finger(False)
 
     def look(self, name="screen"):
@@ -328,9 +329,10 @@ class Board:
     def pull(self):
         self.monitor("eject -f card")
 
-    def push(self, card=None, read_only=False):
+    def push(self, card=None):
         self.card = card or self.card
-        self.monitor(f"change card {self.card} raw" + (" read-only" if read_only else ""))
+        answer = self.monitor(f"change card {self.card} raw").strip()
+        expect(not answer, answer)
 
     @contextlib.contextmanager
     def held(self):
