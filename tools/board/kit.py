@@ -404,7 +404,7 @@ class Card:
         output = run("fsck.exfat" if exfat else "fsck.fat", "-n", self.partition, check=False)
         good = "clean" in output if exfat else not [
             line for line in output.splitlines()[1:] if not re.search(r"\d+ files, \d+/\d+ clusters", line)]
-        return "" if good else output.strip()
+        return "" if good else output.strip().replace(self.partition, "the card")
 
     def kind(self):
         with open(self.partition, "rb") as image:
