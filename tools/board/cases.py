@@ -237,7 +237,7 @@ def edited(bench):
     time.sleep(2)
     board.look("circle")
     board.touch("btn_menu_ThumbnailImageEditSave")
-    board.says("eStateEditorCaptureWindowExit")
+    board.says("eStatePlaybackEditSaveImageExit.* -> .*eStatePlaybackEditImage")
     switch_off(board)
     folder, files = outside(bench, board)
     pictures = named(files, ".jpg")

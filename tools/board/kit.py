@@ -304,7 +304,9 @@ class Board:
 
     def touch(self, where, hold=0.25):
         """A widget's name ("Dialog.widget" where two have it), or a place."""
-        self.point(*(self.screen.centres[where] if isinstance(where, str) else where))
+        x, y = self.screen.centres[where] if isinstance(where, str) else where
+        self.point(x + 2, y + 2)  # the kernel keeps a place to itself that is the last one, also from a program that is new
+        self.point(x, y)
         self.finger(True)
         time.sleep(hold)
         self.finger(False)
