@@ -202,7 +202,7 @@ def note(bench):
     return f"{seconds:.1f} s of sound in {os.path.basename(name)}, card clean"
 
 
-@case("browser", "a film played in the browser")
+@case("browser", "a film played in the browser", quick=False)
 def browser(bench):
     board = bench.ready()
     begin_film(board)
@@ -222,7 +222,7 @@ def browser(bench):
     return "both thumbnails, the film plays to its end"
 
 
-@case("edited", "a circle drawn on a still, saved as a copy")
+@case("edited", "a circle drawn on a still, saved as a copy", quick=False)
 def edited(bench):
     board = bench.ready()
     open_browser(board)
@@ -324,7 +324,7 @@ def pull_browser(bench):
     return "empty page, then the card's files again; the next still lies on it, card clean"
 
 
-@case("pull-twice", "card out, in, out, in within a second")
+@case("pull-twice", "card out, in, out, in within a second", quick=False)
 def pull_twice(bench):
     board = bench.ready()
     for _ in range(2):
@@ -342,7 +342,7 @@ def pull_twice(bench):
     return "mounted once; the next still lies on it, card clean"
 
 
-@case("pull-other", "another card instead")
+@case("pull-other", "another card instead", quick=False)
 def pull_other(bench):
     board = bench.ready()
     first = board.card
@@ -355,7 +355,7 @@ def pull_other(bench):
     return "its folder is made, the next still lies on it alone"
 
 
-@case("dirty", "a card that was pulled out of a film: its check before the mount")
+@case("dirty", "a card that was pulled out of a film: its check before the mount", quick=False)
 def dirty(bench):
     repairs = "journalctl -b -u media-mmcblk1p1.mount -o cat --no-pager | grep -c 'Filesystem was changed' || true"
     board = bench.ready()

@@ -111,7 +111,7 @@ def power_boot(bench):
 
 # --- the application ---
 
-@case("killed", "the application killed in a film")
+@case("killed", "the application killed in a film", quick=False)
 def killed(bench):
     board = bench.ready()
     begin_film(board)
@@ -273,7 +273,7 @@ def usb_write(bench):
     return "the host's file is whole, the next still and its row lie on the card, card clean"
 
 
-@case("usb-pull", "a host writes a file and the cable is pulled")
+@case("usb-pull", "a host writes a file and the cable is pulled", quick=False)
 def usb_pull(bench):
     wrong, folder, files = host_case(bench, "true", False)
     stills = len(named(files, ".jpg"))
@@ -282,7 +282,7 @@ def usb_pull(bench):
     return "the host's file is whole, the next still and its row lie on the card, card clean"
 
 
-@case("usb-move", "a host moves the current folder and ejects")
+@case("usb-move", "a host moves the current folder and ejects", quick=False)
 def usb_move(bench):
     wrong, folder, files = host_case(bench, "mv DCIM/100TUBIX/* .", True)
     stills, marks = named(files, ".jpg"), log_marks(folder, files)
