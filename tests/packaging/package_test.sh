@@ -11,6 +11,7 @@ export GST_REGISTRY=$work/gst-registry.bin # the user's own names his plugins, n
 root=$work/root
 home=$root/home/root/tubix4_app
 wants=$root/etc/systemd/system/multi-user.target.wants/tubix4.service
+card_wants=$root/etc/systemd/system/dev-mmcblk1p1.device.wants/media-mmcblk1p1.mount
 failures=0
 
 check()
@@ -71,7 +72,7 @@ test_install()
         "1 $(printf 'home\nusr\nvar')"
     package_tool -i "$unit"
     check 'a new unit has its files' "$(there "$home/globlsystemsettings_default.xml" \
-        "$home/damagecatelog/damagecat_en.txt" "$wants" "$root/etc/default/tubix4")" ''
+        "$home/damagecatelog/damagecat_en.txt" "$wants" "$card_wants" "$root/etc/default/tubix4")" ''
     package_tool -i "$viewer"
     check 'the viewer stays off' "$("$root/usr/bin/tubix4-viewer" --root "$root")" \
         'viewer: off, see /etc/default/tubix4-viewer'
@@ -103,7 +104,7 @@ test_upgrade_and_removal()
     echo '<changed/>' >"$home/globlsystemsettings_default.xml"
     echo '1,2,3' >"$home/eventlog.csv"
     echo 'QT_QPA_PLATFORM=eglfs' >"$root/etc/default/tubix4"
-    rm "$wants" # as an owner who disables it
+    rm "$wants" "$card_wants" # as an owner who disables both
     local before
     before=$(owner_files)
     dpkg-deb -R "$unit" "$work/next"
@@ -112,13 +113,14 @@ test_upgrade_and_removal()
     package_tool -i "$work/next.deb"
     check 'upgrade: the owner'\''s files' "$(owner_files)" "$before"
     check 'upgrade: the environment' "$(cat "$root/etc/default/tubix4")" QT_QPA_PLATFORM=eglfs
-    check 'upgrade: disabled stays disabled' "$(there "$wants")" "no ${wants#"$root"}"
+    check 'upgrade: disabled stays disabled' "$(there "$wants" "$card_wants")" \
+        "$(printf 'no %s\n' "${wants#"$root"}" "${card_wants#"$root"}")"
     package_tool -r tubix4-viewer tubix4-unit tubix4-simulator tubix4
     check 'removal: the owner'\''s files' "$(owner_files)" "$before"
     check 'removal: the environment' "$(cat "$root/etc/default/tubix4")" QT_QPA_PLATFORM=eglfs
     package_tool -P tubix4-viewer tubix4-unit tubix4-simulator tubix4
     check 'purge: the owner'\''s files' "$(owner_files)" "$before"
-    check 'purge: nothing else is left' "$(find "$root" -name '*tubix4*' ! -path '*/home/*')" ''
+    check 'purge: nothing else is left' "$(find "$root" \( -name '*tubix4*' -o -name '*mmcblk1p1.mount*' \) ! -path '*/home/*')" ''
 }
 
 make_packages "$@"
