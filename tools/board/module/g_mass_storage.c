@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0
-// Debian builds its kernels without g_mass_storage. This one of the same name and parameters lends the card through
-// the kernel's own mass storage function, which Debian does build: /usr/lib/board/lend-card puts it together.
+// Debian builds its kernels without g_mass_storage. This one of the same name and parameters lends the card
+// through the kernel's own mass storage function, which Debian does build: /usr/lib/board/lend-card puts it
+// together.
 #include <linux/kmod.h>
 #include <linux/module.h>
 

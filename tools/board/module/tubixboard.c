@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0
-// The nodes of the board that an emulated machine lacks: I2C bus 4 with the encoder board at 0x67, the video decoder's
-// register file, both backlights, the text of the USB port. What hands do to them are the module's parameters.
+// The nodes of the board that an emulated machine lacks: I2C bus 4 with the encoder board at 0x67, the video
+// decoder's register file, both backlights, the text of the USB port. What hands do to them are the module's
+// parameters.
 #include <linux/backlight.h>
 #include <linux/device.h>
 #include <linux/err.h>
@@ -23,10 +24,11 @@ MODULE_PARM_DESC(decoder, "register 0x10 of the video decoder; bit 0: a picture 
 enum { BUS = 4, ENCODER_BOARD = 0x67 };
 
 /* Firmware 97, supply 3.6 V, full battery, no cable out: what a board that was just switched on says. */
-static u8 registers[256] = {0x00, 0x61, 0x03, 0x70, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x02, 0x00, 0x01, 0x00};
+static u8 registers[256] = {0x00, 0x61, 0x03, 0x70, 0x00, 0x00, 0x01, 0x00,
+			    0x00, 0x00, 0x01, 0x02, 0x00, 0x01, 0x00};
 
-static s32 transfer(struct i2c_adapter *bus, u16 address, unsigned short flags, char direction, u8 at, int size,
-		    union i2c_smbus_data *data)
+static s32 transfer(struct i2c_adapter *bus, u16 address, unsigned short flags, char direction, u8 at,
+		    int size, union i2c_smbus_data *data)
 {
 	if (address != ENCODER_BOARD || !encoder)
 		return -ENXIO;
@@ -61,7 +63,8 @@ static ssize_t adv7180_reg_show(struct device *device, struct device_attribute *
 	return sysfs_emit(text, "0x%02x\n", selected == 0x10 ? decoder & 0xff : 0);
 }
 
-static ssize_t adv7180_reg_store(struct device *device, struct device_attribute *attribute, const char *text, size_t size)
+static ssize_t adv7180_reg_store(struct device *device, struct device_attribute *attribute, const char *text,
+				 size_t size)
 {
 	int error = kstrtouint(text, 16, &selected);
 
@@ -131,7 +134,7 @@ static struct backlight_device *screen, *head;
 static struct backlight_device *make_backlight(const char *name, int most, int now)
 {
 	const struct backlight_properties properties = {
-		.type = BACKLIGHT_RAW, .max_brightness = most, .brightness = now};
+	    .type = BACKLIGHT_RAW, .max_brightness = most, .brightness = now};
 
 	return backlight_device_register(name, NULL, NULL, &backlight, &properties);
 }
