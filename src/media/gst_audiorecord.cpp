@@ -97,7 +97,7 @@ void gst_StopAudioRecording()
         return;
     if (g_GstreamerAudioRecordPipelineState == eGSTStateRecordingAudio) {
         g_print("Audio Record Pipeline: [SENDING EOS]\n");
-        gst_element_send_event(g_gst_AudioRecordPipeline.pipeline, gst_event_new_eos());
+        sendEnd(g_gst_AudioRecordPipeline.pipeline);
         const GstOwner<GstBus> bus(gst_element_get_bus(g_gst_AudioRecordPipeline.pipeline));
         if (GstMessage *end = gst_bus_timed_pop_filtered(
                 bus.get(), kEndLimit, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR))) {

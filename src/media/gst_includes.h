@@ -41,3 +41,16 @@ struct GMemoryRelease
     void operator()(gchar *text) const { g_free(text); }
 };
 using GTextOwner = std::unique_ptr<gchar, GMemoryRelease>;
+
+// Sends an end of stream through the pipeline. To its sources, not to the pipeline as a whole: that would
+// keep its state locked until the stream takes the event, while a stream that has just begun waits for that
+// state.
+inline void sendEnd(GstElement *pipeline)
+{
+    GstIterator *sources = gst_bin_iterate_sources(GST_BIN(pipeline));
+    const auto send = [](const GValue *source, gpointer) {
+        gst_element_send_event(GST_ELEMENT(g_value_get_object(source)), gst_event_new_eos());
+    };
+    gst_iterator_foreach(sources, send, nullptr);
+    gst_iterator_free(sources);
+}

@@ -123,7 +123,7 @@ void tearDownAndRebuild()
 
 void sendEndOfStream()
 {
-    gst_element_send_event(g_gst_Pipeline.pipeline, gst_event_new_eos());
+    sendEnd(g_gst_Pipeline.pipeline);
     if (g_endTimeout)
         return;
     g_endTimeout = g_timeout_add(
@@ -491,7 +491,7 @@ void gst_EndVideoInputPipeline()
 {
     if (!g_gst_Pipeline.pipeline)
         return;
-    gst_element_send_event(g_gst_Pipeline.pipeline, gst_event_new_eos());
+    sendEnd(g_gst_Pipeline.pipeline);
     if (!waitForEnd())
         qCWarning(log) << "no end of stream from the video input pipeline, stopped by force";
     tearDown();
