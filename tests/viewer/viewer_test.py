@@ -227,14 +227,14 @@ class TestViewer(unittest.TestCase):
                 answers[-1].read(1000)
             self.assertEqual(self.viewer.open_on(self.unit.path("media")), [], "nothing is held while the phone waits")
             self.unit.control(*take)
-            wait_for(lambda: not self.state()["files"], "the files' part is closed", 2)
+            wait_for(lambda: not self.state()["files"], "the files' part is closed")
             for address in ("/folders", "/files/24112026/TUBX0001.jpg", "/zip/24112026", "/first/24112026/TUBX0004.avi"):
                 self.assertEqual(self.viewer.ask(address)[0], 503, address)
             for answer in answers:
                 with self.assertRaises((http.client.IncompleteRead, OSError)):
                     answer.read()
             self.unit.control(*give)
-            wait_for(lambda: self.state()["files"], "the card is back", 2)
+            wait_for(lambda: self.state()["files"], "the card is back")
             self.assertEqual(self.viewer.ask("/files/24112026/TUBX0001.jpg")[0], 200)
 
     def test_without_the_hotspot_nobody_is_let_in(self):
