@@ -256,7 +256,6 @@ private:
 
     // --- mw_playback.cpp: films and voice notes ---
     void stopPlayback(); // whatever plays; the card is offered to a USB host again
-    void showProgress(int percent);
     void endProgress();
     void showFilmFrame();
     void followFilm(); // at every frame
