@@ -1,7 +1,9 @@
 // ReadDirectory against the bare readdir, stat and sort of the same folder.
 #include "testunit.h"
 
-#include "storage/dcim.h"
+#include "storage/capturenames.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,8 +1,8 @@
 // One entry of the inspection log on a page of so many rows, against one append of the same bytes with fsync.
 #include "testunit.h"
 
-#include "storage/dcim.h"
 #include "storage/inspectionlog.h"
+#include "storage/position.h"
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

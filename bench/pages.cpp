@@ -3,6 +3,8 @@
 #include "benchwindow.h"
 
 #include "storage/dcim.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 
 #include <QElapsedTimer>
 #include <QListWidget>

@@ -8,8 +8,8 @@
 #include "media/gst_videoinput.h"
 #include "media/gst_videoplayback.h"
 #include "settings/params.h"
-#include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/listing.h"
 #include "storage/sdcard.h"
 
 namespace {

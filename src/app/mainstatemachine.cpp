@@ -6,7 +6,8 @@
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
-#include "storage/dcim.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 
 #include <QLoggingCategory>
 #include <QScopedValueRollback>

@@ -13,8 +13,9 @@
 #include "platform/unit.h"
 #include "settings/params.h"
 #include "storage/capturefiles.h"
-#include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 
 #include <QTimer>

@@ -8,8 +8,11 @@
 #include "dialogs/editorscene.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
+#include "storage/capturenames.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
 

@@ -6,8 +6,9 @@
 #include "platform/command.h"
 #include "settings/params.h"
 #include "storage/capturefiles.h"
-#include "storage/dcim.h"
 #include "storage/inspectionlog.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 
 #include <QLoggingCategory>
 

@@ -8,7 +8,7 @@
 #include "media/gst_videoinput.h"
 #include "media/gst_videoplayback.h"
 #include "platform/unit.h"
-#include "storage/dcim.h"
+#include "storage/position.h"
 
 #include <QFile>
 #include <QTimer>

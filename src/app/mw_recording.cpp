@@ -12,8 +12,9 @@
 #include "platform/unit.h"
 #include "settings/params.h"
 #include "storage/capturefiles.h"
-#include "storage/dcim.h"
+#include "storage/capturenames.h"
 #include "storage/inspectionlog.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
 

@@ -8,7 +8,8 @@
 #include "platform/command.h"
 #include "platform/unit.h"
 #include "settings/params.h"
-#include "storage/dcim.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 
 #include <QFile>

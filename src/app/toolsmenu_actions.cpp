@@ -10,6 +10,8 @@
 #include "settings/toolscycle.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 #include "system/clocksetting.h"
 #include "system/imagerconfigurationfile.h"

@@ -6,6 +6,7 @@
 #include "platform/unit.h"
 #include "storage/dcim.h"
 #include "storage/inspectionfolder.h"
+#include "storage/position.h"
 
 #include <QColor>
 #include <QFileInfo>

@@ -4,7 +4,7 @@
 #include "platform/movefile.h"
 #include "platform/unit.h"
 #include "storage/capturefiles.h"
-#include "storage/dcim.h"
+#include "storage/position.h"
 
 #include <QDir>
 #include <QFileInfo>

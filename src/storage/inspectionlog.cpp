@@ -2,7 +2,7 @@
 
 #include "platform/savefile.h"
 #include "platform/unit.h"
-#include "storage/dcim.h"
+#include "storage/position.h"
 #include "storage/tornline.h"
 
 #include <QDateTime>

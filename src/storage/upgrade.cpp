@@ -4,6 +4,7 @@
 #include "platform/savefile.h"
 #include "platform/unit.h"
 #include "storage/dcim.h"
+#include "storage/position.h"
 #include "storage/upgradearchive.h"
 #include "storage/upgradesteps.h"
 

@@ -8,7 +8,7 @@
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
 #include "settings/params.h"
-#include "storage/dcim.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 
 #include <QLabel>

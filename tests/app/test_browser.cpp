@@ -6,6 +6,7 @@
 #include "media/gst_audioplayback.h"
 #include "media/gst_audiorecord.h"
 #include "media/gst_videoplayback.h"
+#include "storage/capturenames.h"
 
 #include <QBuffer>
 #include <QDeadlineTimer>

@@ -5,6 +5,7 @@
 #include "dialogs/fileexplorer.h"
 #include "storage/dcim.h"
 #include "storage/inspectionfolder.h"
+#include "storage/position.h"
 
 #include <QDirIterator>
 #include <QTextEdit>

@@ -2,9 +2,12 @@
 #include "testunit.h"
 
 #include "platform/savefile.h"
+#include "storage/capturenames.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
+#include "storage/listing.h"
+#include "storage/position.h"
 #include "storage/sdcard.h"
 #include "storage/stillpicture.h"
 

@@ -1,6 +1,6 @@
 #include "testunit.h"
 
-#include "storage/dcim.h"
+#include "storage/position.h"
 #include "storage/upgrade.h"
 #include "storage/upgradesteps.h"
 

@@ -1,0 +1,43 @@
+// The listing of the current inspection folder. GUI thread.
+#pragma once
+
+#include <QString>
+
+#include <array>
+
+inline constexpr int kMostFiles = 10000;
+
+struct sSnakeFileInfo
+{
+    QString fileName;
+    QString unicodeFileName;
+    qint8 isVideo = 0;
+    qint16 dateStamp = 0;
+    qint16 timeStamp = 0;
+    qint32 fNum = 0;
+    qint32 audioClipLength = 0;
+    qint8 annotated = 0; // a voice note lies beside the picture
+    qint8 deletePending = 0;
+};
+
+// Rebuilt by ReadDirectory, never patched; only the first nFilescurrRootDirectory entries count.
+extern std::array<sSnakeFileInfo, kMostFiles> g_FileListing;
+
+// Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most
+// 10000: name filters without regard to case, hidden and empty files left out. The next number counts all of
+// them.
+void ReadDirectory(const QString &folder);
+
+// Where the file stands in g_FileListing; -1: nowhere.
+int indexInListing(const QString &fileName);
+
+// The browser's pages: files to a page, page of a file (from 1), number of pages (1 for an empty folder).
+inline constexpr int kFilesOnPage = 12;
+inline int pageOf(int fileIndex)
+{
+    return fileIndex / kFilesOnPage + 1;
+}
+inline int pageCount(int files)
+{
+    return (files - 1) / kFilesOnPage + 1;
+}
