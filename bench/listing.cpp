@@ -15,24 +15,24 @@
 namespace {
 
 // A folder with so many captures, made at the first use. Every tenth is a film, every fifth has a voice note.
-QString folderOf(qint64 files)
+UnitPath folderOf(qint64 files)
 {
     static const TestUnit unit({kBaseFolder});
-    const QString folder = kBaseFolder + QStringLiteral("/%1").arg(files);
+    const UnitPath folder = kBaseFolder / QString::number(files);
     if (!QDir().mkdir(unit::path(folder)))
         return folder;
     for (int i = 0; i < files; ++i) {
         const QString extension = i % 10 == 9 ? QStringLiteral(".avi") : QStringLiteral(".jpg");
-        unit.put(folder + QLatin1Char('/') + captureName(i, extension), "x");
+        unit.put(folder / captureName(i, extension), "x");
         if (i % 5 == 0)
-            unit.put(folder + QLatin1Char('/') + captureName(i, QStringLiteral(".wav")), "x");
+            unit.put(folder / captureName(i, QStringLiteral(".wav")), "x");
     }
     return folder;
 }
 
 void readDirectory(benchmark::State &state)
 {
-    const QString folder = folderOf(state.range(0));
+    const UnitPath folder = folderOf(state.range(0));
     for (auto _ : state)
         ReadDirectory(folder);
     if (g_SavedFSInfo.nFilescurrRootDirectory != state.range(0))
@@ -53,7 +53,7 @@ bool isOlder(const Found &a, const Found &b)
 
 void readStatSort(benchmark::State &state)
 {
-    const QByteArray path = QFile::encodeName(unit::path(folderOf(state.range(0))));
+    const QByteArray path = unit::path(folderOf(state.range(0))).encoded();
     for (auto _ : state) {
         std::vector<Found> files;
         DIR *directory = ::opendir(path.constData());

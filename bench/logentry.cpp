@@ -10,15 +10,15 @@
 
 namespace {
 
-const QString kFolder = kBaseFolder + QStringLiteral("/Street 12");
-const QString kPage = kFolder + QStringLiteral("/Street 12.html");
-const QString kPicture = kFolder + QStringLiteral("/TUBX0007.jpg");
+const UnitPath kFolder = kBaseFolder / QStringLiteral("Street 12");
+const UnitPath kPage = kFolder / QStringLiteral("Street 12.html");
+const QString kPicture = QStringLiteral("TUBX0007.jpg");
 constexpr int kEntries = 40; // of one measurement: the page must not grow much meanwhile
 
-void putSynced(const QString &unitPath, const QByteArray &bytes)
+void putSynced(const UnitPath &unitPath, const QByteArray &bytes)
 {
-    const int file = ::open(QFile::encodeName(unit::path(unitPath)).constData(),
-                            O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    const int file =
+        ::open(unit::path(unitPath).encoded().constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (::write(file, bytes.constData(), size_t(bytes.size())) != bytes.size() || ::fsync(file) != 0)
         std::abort();
     ::close(file);
@@ -49,7 +49,7 @@ void appendSynced(benchmark::State &state)
 {
     const TestUnit folder({kFolder});
     putSynced(kPage, entryOfPicture().row.repeated(state.range(0)));
-    const QByteArray path = QFile::encodeName(unit::path(kPage));
+    const QByteArray path = unit::path(kPage).encoded();
     const QByteArray bytes = entryOfPicture().row + entryOfPicture().line;
     for (auto _ : state) {
         const int file = ::open(path.constData(), O_WRONLY | O_APPEND | O_CLOEXEC);

@@ -28,7 +28,7 @@ int main(int argc, char **argv)
         return 2;
     }
     window.standStill();
-    CreateDCIMStructure(QString());
+    CreateDCIMStructure({});
     if (!copyIntoCurrentFolder(QString::fromLocal8Bit(argv[1])))
         return 1;
     window->ChangeMainState(eStateEnterPlaybackThumbnails);

@@ -11,14 +11,21 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+// A place on the unit, as it is typed in a test.
+struct Place : UnitPath
+{
+    Place(const UnitPath &path) : UnitPath(path) {}
+    Place(const QString &text) : UnitPath(text) {}
+};
+
 class TestUnit
 {
 public:
     // An empty unit with these folders.
-    explicit TestUnit(const QStringList &folders)
+    explicit TestUnit(const QList<Place> &folders)
     {
-        for (const QString &folder : folders)
-            QDir().mkpath(m_folder.path() + folder);
+        for (const Place &folder : folders)
+            QDir().mkpath(m_folder.path() + folder.text());
         unit::setRoot(m_folder.path());
     }
 
@@ -42,13 +49,13 @@ public:
         return control(QString(command).split(QLatin1Char(' ')));
     }
 
-    QByteArray content(const QString &unitPath) const
+    QByteArray content(const Place &unitPath) const
     {
         QFile file(unit::path(unitPath));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    void put(const QString &unitPath, const QByteArray &text) const
+    void put(const Place &unitPath, const QByteArray &text) const
     {
         QFile file(unit::path(unitPath));
         if (file.open(QIODevice::WriteOnly))
@@ -59,7 +66,13 @@ private:
     QTemporaryDir m_folder;
 };
 
-inline bool exists(const QString &unitPath)
+// A file of the host for what reads and mends such: the root has to be "/" or lie above it.
+inline HostPath onHost(const QString &file)
+{
+    return unit::path(unit::fromHost(file));
+}
+
+inline bool exists(const Place &unitPath)
 {
     return QFile::exists(unit::path(unitPath));
 }

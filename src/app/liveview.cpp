@@ -200,7 +200,7 @@ void MainWindow::SetImagerLEDBrightness(qint8 value)
 {
     // Twice in succession: the controller takes the second for certain.
     for (int i = 0; i < 2; ++i) {
-        if (!attribute::write(QStringLiteral("/sys/class/backlight/extledcontrol.27/brightness"),
+        if (!attribute::write(u"/sys/class/backlight/extledcontrol.27/brightness"_unit,
                               QByteArray::number(value))) {
             ui->lbl_LEDLevel->setText(QStringLiteral("ER"));
             return;

@@ -63,7 +63,7 @@ int main(int argc, char **argv)
     if (!options.wrong.isEmpty())
         return refuse(options.wrong);
     unit::setRoot(options.root);
-    if (!QFileInfo(unit::path(QStringLiteral("/home/root/tubix4_app"))).isDir()) {
+    if (!QFileInfo(unit::path(u"/home/root/tubix4_app"_unit)).isDir()) {
         std::fprintf(stderr, "tubix4: no unit at %s: it has no /home/root/tubix4_app (see --root)\n",
                      qUtf8Printable(options.root));
         return kWrongUse;

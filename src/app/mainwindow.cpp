@@ -113,7 +113,7 @@ void MainWindow::startMediaFramework()
         if (!buffer) // once a process: they are never freed
             buffer = static_cast<quint8 *>(std::calloc(1, kFrameBytes));
     }
-    qputenv("GST_DEBUG_DUMP_DOT_DIR", unit::path(QStringLiteral("/home/root")).toUtf8());
+    qputenv("GST_DEBUG_DUMP_DOT_DIR", unit::path(u"/home/root"_unit).encoded());
     gst_init(nullptr, nullptr);
     for (GMainLoop **loop : {&g_VideoInput_loop, &g_VideoPlayback_loop, &g_AudioRecordPipeline_loop,
                              &g_AudioPlaybackPipeline_loop}) {

@@ -246,7 +246,7 @@ private:
     void setUpThumbnailList();
     void turnPage(int step);
     void DisplayThumbnails();
-    bool getThumbnailImage(const QString &path); // a film's first frame into tmpQimage; a unit path
+    bool getThumbnailImage(const UnitPath &path); // a film's first frame into tmpQimage
     void selectNeighbour(int step, eEventLogOperation operation, const char *text);
     void displaySelectedThumbnail();
     void displaySelectedFilm();

@@ -27,7 +27,7 @@ constexpr QRect kPicturePlace(80, 0, 720, 600); // with the brand band
 constexpr QSize kFinestPicture(1440, 1200);     // twice what the screen shows
 constexpr int kShownCharacters = 18;
 
-QString hostPathInFolder(const QString &fileName)
+HostPath hostPathInFolder(const QString &fileName)
 {
     return unit::path(inCurrentFolder(fileName));
 }
@@ -35,7 +35,7 @@ QString hostPathInFolder(const QString &fileName)
 // The small picture of a file with its mark; a file that cannot be read is shown as such.
 QImage thumbnailOf(const sSnakeFileInfo &file)
 {
-    const QString path = hostPathInFolder(file.fileName);
+    const HostPath path = hostPathInFolder(file.fileName);
     QImage picture =
         file.isVideo ? filmThumbnail(path, hostPathInFolder(capturefiles::storedThumbnailOf(file.fileName)))
                      : readSmallPicture(path, kThumbnailWidth);
@@ -140,7 +140,7 @@ void MainWindow::DisplayThumbnails()
     list.setCurrentItem(nullptr);
 }
 
-bool MainWindow::getThumbnailImage(const QString &path)
+bool MainWindow::getThumbnailImage(const UnitPath &path)
 {
     const QImage frame = firstFrameOfFilm(unit::path(path));
     if (frame.isNull())
@@ -184,8 +184,8 @@ void MainWindow::displaySelectedThumbnail()
     const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
     g_SavedFSInfo.currSelectedFile = file.fileName;
     g_SavedFSInfo.currSelectedAudioFile = capturefiles::noteOf(file.fileName);
-    const QString shown = g_SavedFSInfo.currRootDirectory.mid(kDcimFolder.size()) + QLatin1Char('/') +
-                          g_SavedFSInfo.currSelectedFile;
+    const QString shown = g_SavedFSInfo.currRootDirectory.text().mid(kDcimFolder.text().size()) +
+                          QLatin1Char('/') + g_SavedFSInfo.currSelectedFile;
     ui->lbl_CurrentFilenameandPath->setText(QLatin1String("...") + shown.right(kShownCharacters));
     if (file.isVideo)
         displaySelectedFilm();

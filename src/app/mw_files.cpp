@@ -54,7 +54,7 @@ void MainWindow::DeleteFile(bool deletePicture, bool deleteAudio)
     }
     if (!confirm(deletePicture ? "confirmation_trashcan_picture.png" : "confirmation_trashcan_audio.png"))
         return;
-    const QString folder = g_SavedFSInfo.currRootDirectory;
+    const UnitPath folder = g_SavedFSInfo.currRootDirectory;
     const QString file = g_SavedFSInfo.currSelectedFile;
     if (deletePicture && !capturefiles::remove(folder, file))
         return; // it is still there, and so is its note

@@ -81,7 +81,7 @@ void MainWindow::takeCard()
 
 void MainWindow::useCard()
 {
-    CreateDCIMStructure(QString());
+    CreateDCIMStructure({});
     refreshFolder();
     if (mayAskForUpgrade(m_screen) && SystemUpgradePresent())
         offerUpgrade();
@@ -163,8 +163,8 @@ void MainWindow::endCardEvent(eMainStates event, eMainStates previous)
 
 void MainWindow::logCapture(eLogFileOperation operation, const QString &name, const QTime &time)
 {
-    UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount),
-                   inCurrentFolder(name), QString(), time);
+    UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount), name, QString(),
+                   time);
 }
 
 // The picture of this moment is saved, or none: a camera that has just been started gets its time.
@@ -208,7 +208,7 @@ void MainWindow::savePicture()
 {
     const _GlobalSystemSettings &settings = m_pParams->getParams();
     g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".jpg"));
-    const QString path = inCurrentFolder(g_SavedFSInfo.currFileName);
+    const UnitPath path = inCurrentFolder(g_SavedFSInfo.currFileName);
     const QImage band(graphic("quenvale_brand_base_image.png"));
     const QImage frame(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
     const QString stamp = settings.bDateTimeStamp

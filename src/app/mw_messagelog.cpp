@@ -28,9 +28,9 @@ constexpr std::array kCardStates = {
     CardState{messagelog::Card::Removed, eStateSDCardRemoved, UnitEvent::CardRemoved},
     CardState{messagelog::Card::Corrupt, eStateSDCardCorrupt, UnitEvent::CardCorrupt}};
 
-QString logFile()
+HostPath logFile()
 {
-    return unit::path(QStringLiteral("/var/log/messages"));
+    return unit::path(u"/var/log/messages"_unit);
 }
 
 } // namespace
@@ -40,7 +40,7 @@ void MainWindow::watchMessageLog()
     messagelogWatcher = new QFileSystemWatcher(this);
     connect(messagelogWatcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onLogfileChanged);
     connect(messagelogWatcher, &QFileSystemWatcher::directoryChanged, this, &MainWindow::onDirectoryChanged);
-    messagelogWatcher->addPaths({unit::path(QStringLiteral("/var/log")), logFile()});
+    messagelogWatcher->addPaths({unit::path(u"/var/log"_unit), logFile()});
 }
 
 void MainWindow::onDirectoryChanged(const QString &path)

@@ -54,8 +54,8 @@ void MainWindow::enterPlaybackMovieQueued()
 void MainWindow::enterPlaybackMoviePlaying()
 {
     ActivateMSDC(false);
-    const QString path = inCurrentFolder(g_SavedFSInfo.currSelectedFile);
-    gst_VideoPlayback(QFile::encodeName(unit::path(path)).constData(), filmDuration(path));
+    const UnitPath path = inCurrentFolder(g_SavedFSInfo.currSelectedFile);
+    gst_VideoPlayback(unit::path(path).encoded().constData(), filmDuration(path));
     ui->pb_PlaybackIndicator->setValue(0);
     imageTimer->start();
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_pause.png"));
@@ -135,7 +135,7 @@ void MainWindow::enterPlaybackSnapshotAudioPlaying()
         gst_ResumeAudioPlayback();
     } else {
         gst_AudioPlaybackPipeline(
-            QFile::encodeName(unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile))).constData());
+            unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile)).encoded().constData());
         ui->pb_PlaybackIndicator->setValue(0);
     }
     ui->btn_menu_ThumbnailAnnotateRecordPlayPause->setIcon(graphicIcon("btn_pause.png"));

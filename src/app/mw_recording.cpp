@@ -28,7 +28,7 @@ constexpr int kLostSoundShown = 3000;   // ms
 constexpr int kCardCheckTicks = 15;     // frames between two looks at the card's room and the film's size
 constexpr qint64 kLongestStart = 12000; // ms to a film's first picture: a slow camera and a mute microphone
 
-QString thumbnailOf(const QString &film)
+UnitPath thumbnailOf(const QString &film)
 {
     return inCurrentFolder(capturefiles::storedThumbnailOf(film));
 }
@@ -41,7 +41,7 @@ void MainWindow::startFilm()
     g_SavedFSInfo.currFileName = freeCaptureName(QStringLiteral(".avi"));
     const QByteArray damage = ui->lbl_DamageCatelogText->text().toUtf8();
     gst_BeginWithDamageText(damage.constData(), int(damage.size()));
-    const QByteArray file = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)).toUtf8();
+    const QByteArray file = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)).encoded();
     gst_StartRecordingAVIFile(file.constData(), int(file.size()));
     m_film = Film::Awaited;
     m_awaitedSince.start();
@@ -166,7 +166,7 @@ void MainWindow::closeFilm()
     const QTime ended = QTime::currentTime();
     gst_EndVideoInputPipeline();
     m_film = Film::None;
-    const QString film = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName));
+    const HostPath film = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName));
     if (avirepair::isCutOff(film))
         avirepair::repair(film);
     command::run(QStringLiteral("sync"));
@@ -234,7 +234,7 @@ void MainWindow::repairFilms()
         QDir(unit::path(g_SavedFSInfo.currRootDirectory)).entryList({QStringLiteral("*.avi")}, QDir::Files);
     bool isBusy = false;
     for (const QString &name : names) {
-        const QString film = unit::path(inCurrentFolder(name));
+        const HostPath film = unit::path(inCurrentFolder(name));
         const QFileInfo thumbnail(unit::path(thumbnailOf(name)));
         const bool isCutOff = avirepair::isCutOff(film);
         if (!isCutOff && (!thumbnail.exists() || thumbnail.size() > 0)) // an empty one: the card was pulled

@@ -148,7 +148,7 @@ void MainWindow::enterUsbActive()
     ui->labelInputVideo->setPixmap(QPixmap(graphic("usb_connected_bg.png")));
     // Two file systems on one card damage each other: ours is closed while the host has it.
     command::run(QStringLiteral("sync"));
-    command::run(QStringLiteral("umount"), {kCardMountPoint});
+    command::run(QStringLiteral("umount"), {kCardMountPoint.text()});
 }
 
 // The host has written what it liked, and may have gone without a word: nothing is read or written before the
@@ -156,8 +156,8 @@ void MainWindow::enterUsbActive()
 void MainWindow::enterUsbDisconnected()
 {
     if (m_card == Card::Taken) {
-        command::run(QStringLiteral("umount"), {kCardMountPoint}); // where the first one failed
-        command::run(QStringLiteral("mount"), {kCardDevice, kCardMountPoint});
+        command::run(QStringLiteral("umount"), {kCardMountPoint.text()}); // where the first one failed
+        command::run(QStringLiteral("mount"), {kCardDevice.text(), kCardMountPoint.text()});
         if (mountTableShowsCard())
             refreshFolder();
         else
@@ -168,7 +168,7 @@ void MainWindow::enterUsbDisconnected()
 
 int MainWindow::enableRawEncoderDisplay()
 {
-    if (QFileInfo::exists(unit::path(kDcimFolder + QLatin1String("/__RAWENCODER__"))))
+    if (QFileInfo::exists(unit::path(kDcimFolder / QStringLiteral("__RAWENCODER__"))))
         m_pParams->getParams().ReadRawEncoderValues = true;
     return 1;
 }
@@ -178,7 +178,7 @@ void MainWindow::ActivateMSDC(bool activate)
     const bool offers = activate && SDCardInfo.inserted;
     if (offers) {
         command::run(QStringLiteral("modprobe"),
-                     {QStringLiteral("g_mass_storage"), QStringLiteral("file=") + kCardDevice,
+                     {QStringLiteral("g_mass_storage"), QStringLiteral("file=") + kCardDevice.text(),
                       QStringLiteral("removable=y")});
     } else {
         command::run(QStringLiteral("rmmod"), {QStringLiteral("g_mass_storage")});

@@ -20,7 +20,7 @@ namespace {
 
 constexpr qint64 kWavHeader = 44; // bytes: a file without sound
 
-QString noteFile()
+HostPath noteFile()
 {
     return unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile));
 }

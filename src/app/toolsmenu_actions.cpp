@@ -104,7 +104,7 @@ void MainWindow::on_btn_menu_UnmountMedia_clicked()
 {
     UpdateEventLog(eEventUnmountMedia, QStringLiteral("Unmount media button clicked"));
     emit BusyIndicator(true);
-    command::run(QStringLiteral("umount"), {kCardMountPoint});
+    command::run(QStringLiteral("umount"), {kCardMountPoint.text()});
     emit BusyIndicator(false);
     announce(UnitEvent::CardRemoved);
 }

@@ -27,7 +27,7 @@ class FolderModel : public QFileSystemModel
 public:
     using QFileSystemModel::QFileSystemModel;
 
-    QString current; // unit path
+    UnitPath current;
 
     QVariant data(const QModelIndex &index, int role) const override
     {
@@ -61,19 +61,19 @@ void FileExplorer::init(QObject *owner)
     setFolderButtonsEnabled(false);
 }
 
-void FileExplorer::setData(const QString &folder)
+void FileExplorer::setData(const UnitPath &folder)
 {
     initialFolder = folder;
     listFolders->current = folder;
 }
 
-QString FileExplorer::selectedFolder() const
+UnitPath FileExplorer::selectedFolder() const
 {
     const QModelIndexList selected = ui->tView_Folders->selectionModel()->selectedIndexes();
-    return selected.isEmpty() ? QString() : unit::fromHost(listFolders->filePath(selected.first()));
+    return selected.isEmpty() ? UnitPath() : unit::fromHost(listFolders->filePath(selected.first()));
 }
 
-void FileExplorer::select(const QString &folder)
+void FileExplorer::select(const UnitPath &folder)
 {
     const QModelIndex index = listFolders->index(unit::path(folder));
     ui->tView_Folders->setCurrentIndex(index);
@@ -98,12 +98,12 @@ void FileExplorer::chooseFolderOfTheDay()
 {
     returnableText = folderOfTheDay();
     if (!QFileInfo::exists(unit::path(returnableText)))
-        CreateDCIMStructure(QString());
+        CreateDCIMStructure({});
 }
 
 void FileExplorer::on_btn_Confirm_clicked()
 {
-    const QString selected = selectedFolder();
+    const UnitPath selected = selectedFolder();
     if (selected.isEmpty()) {
         on_btn_Cancel_clicked(); // nothing was chosen: the current folder stays
         return;
@@ -142,10 +142,10 @@ QString FileExplorer::askForName(const QString &text)
 
 void FileExplorer::on_btn_NewFolder_clicked()
 {
-    const QString selected = selectedFolder();
-    const QString parent = selected.isEmpty() ? kBaseFolder : selected;
+    const UnitPath selected = selectedFolder();
+    const UnitPath parent = selected.isEmpty() ? kBaseFolder : selected;
     qCDebug(log) << "Current Path: " << parent;
-    const QString folder = makeInspectionFolder(parent, askForName(QString()));
+    const UnitPath folder = makeInspectionFolder(parent, askForName(QString()));
     if (folder.isEmpty())
         return;
     CreateDCIMStructure(folder);
@@ -155,11 +155,11 @@ void FileExplorer::on_btn_NewFolder_clicked()
 
 void FileExplorer::on_btn_RenameFolder_clicked()
 {
-    const QString folder = selectedFolder();
-    const QString name = askForName(folder.section(QLatin1Char('/'), -1));
+    const UnitPath folder = selectedFolder();
+    const QString name = askForName(folder.name());
     if (name.isEmpty())
         return;
-    const QString renamed = renameInspectionFolder(folder, name);
+    const UnitPath renamed = renameInspectionFolder(folder, name);
     qCDebug(log) << "Cur Path:" << folder;
     qCDebug(log) << "New Path:" << renamed;
     if (renamed.isEmpty()) {
@@ -173,7 +173,7 @@ void FileExplorer::on_btn_RenameFolder_clicked()
 
 void FileExplorer::on_btn_DeleteFolder_clicked()
 {
-    const QString folder = selectedFolder();
+    const UnitPath folder = selectedFolder();
     qCDebug(log) << "Delete:" << folder;
     ConfirmationBox box(QPixmap(QStringLiteral(":/MyGraphicResources/graphics/confirmation_trashcan.png")),
                         this);
@@ -190,6 +190,6 @@ void FileExplorer::on_btn_DeleteFolder_clicked()
 
 void FileExplorer::onSDCardRemoved()
 {
-    returnableText.clear();
+    returnableText = {};
     QDialog::reject();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dialogs/unitdialog.h"
+#include "platform/unit.h"
 
 #include <memory>
 
@@ -24,10 +25,10 @@ public:
     void init(QObject *owner);
 
     // The current folder, to which a cancel comes back.
-    void setData(const QString &folder);
+    void setData(const UnitPath &folder);
 
-    // The folder chosen (unit path): it exists and lies below the base folder. Empty: the card is gone.
-    QString returnableText;
+    // The folder chosen: it exists and lies below the base folder. Empty: the card is gone.
+    UnitPath returnableText;
 
 public slots:
     void reject() override; // as the cancel button
@@ -42,8 +43,8 @@ private slots:
     void onSDCardRemoved();
 
 private:
-    QString selectedFolder() const; // unit path; empty: nothing is selected
-    void select(const QString &folder);
+    UnitPath selectedFolder() const; // empty: nothing is selected
+    void select(const UnitPath &folder);
     void setFolderButtonsEnabled(bool enabled);
     void chooseFolderOfTheDay();
     QString askForName(const QString &text);
@@ -51,5 +52,5 @@ private:
     std::unique_ptr<Ui::FileExplorer> ui;
     QObject *m_pObject = nullptr; // not owned
     FolderModel *listFolders = nullptr;
-    QString initialFolder;
+    UnitPath initialFolder;
 };

@@ -250,7 +250,7 @@ bool open(QFile &film, QIODevice::OpenMode mode)
 
 } // namespace
 
-bool isCutOff(const QString &hostPath)
+bool isCutOff(const HostPath &hostPath)
 {
     QFile film(hostPath);
     if (!open(film, QIODevice::ReadOnly))
@@ -259,7 +259,7 @@ bool isCutOff(const QString &hostPath)
     return header && !isClosed(film, *header);
 }
 
-bool repair(const QString &hostPath)
+bool repair(const HostPath &hostPath)
 {
     QFile film(hostPath);
     if (!open(film, QIODevice::ReadWrite))

@@ -8,19 +8,21 @@
 // A card writes 10 MB a second or so, and is full as often as not when a film was cut off.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QString>
 
 namespace avirepair {
 
 // True for a film of ours that was not closed. Reads the header and a few bytes of each part, however long
 // the film is. Any thread.
-bool isCutOff(const QString &hostPath);
+bool isCutOff(const HostPath &hostPath);
 
 // Repairs such a film: a torn last packet is cut off, then index and headers are written, in that order, each
 // on the card before the next. The modification time stays. False when the film is as it was: closed, not
 // ours, 4 GiB or more, without a whole picture, torn in its middle, or not writable (a card without room for
 // the index). Takes some 40 bytes of memory a packet (of 1 GB of film at most) and a read of a few bytes
 // each. Any thread.
-bool repair(const QString &hostPath);
+bool repair(const HostPath &hostPath);
 
 } // namespace avirepair

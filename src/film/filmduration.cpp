@@ -18,7 +18,7 @@ double durationInReport(const QString &report)
     return seconds > 0 ? double(seconds * 1e9f) : 0;
 }
 
-double filmDuration(const QString &unitPath)
+double filmDuration(const UnitPath &unitPath)
 {
     for (const char *tool : {"avconv", "ffmpeg"}) {
         const command::Result result =

@@ -40,7 +40,7 @@ void takeCopy(void *context, const unsigned char *pixels, int width, int height,
 }
 
 // The reader decodes a picture before it tells how large they are.
-bool hasLargePictures(const QString &hostPath)
+bool hasLargePictures(const HostPath &hostPath)
 {
     QFile film(hostPath);
     if (!film.open(QIODevice::ReadOnly))
@@ -56,11 +56,11 @@ bool hasLargePictures(const QString &hostPath)
 
 } // namespace
 
-QImage firstFrameOfFilm(const QString &hostPath)
+QImage firstFrameOfFilm(const HostPath &hostPath)
 {
     static const FirstFrame firstFrame = loadModule();
     QImage frame;
     if (firstFrame && !hasLargePictures(hostPath))
-        firstFrame(QFile::encodeName(hostPath).constData(), takeCopy, &frame);
+        firstFrame(hostPath.encoded().constData(), takeCopy, &frame);
     return frame;
 }

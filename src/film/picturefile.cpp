@@ -87,7 +87,7 @@ bool isAffordable(QFile &file)
     return (frame->pixels + kPassCost) * passes <= kMostPixelPasses;
 }
 
-QImage read(const QString &hostPath, QSize box, bool mayGrow, int quality)
+QImage read(const HostPath &hostPath, QSize box, bool mayGrow, int quality)
 {
     QFile file(hostPath);
     if (!file.open(QIODevice::ReadOnly) || !isAffordable(file))
@@ -105,12 +105,12 @@ QImage read(const QString &hostPath, QSize box, bool mayGrow, int quality)
 
 } // namespace
 
-QImage readPicture(const QString &hostPath, QSize box)
+QImage readPicture(const HostPath &hostPath, QSize box)
 {
     return read(hostPath, box, false, -1);
 }
 
-QImage readSmallPicture(const QString &hostPath, int width)
+QImage readSmallPicture(const HostPath &hostPath, int width)
 {
     return read(hostPath, {width, kTallestSmall}, true, kFastScaling);
 }

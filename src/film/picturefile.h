@@ -2,6 +2,8 @@
 // thread.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QImage>
 #include <QString>
 
@@ -24,7 +26,7 @@ std::optional<JpegFrame> readJpegFrame(QIODevice &file);
 
 // The JPEG picture at `hostPath`, made smaller on the way where it does not fit into `box`, its shape kept.
 // Null: it cannot be read, or its header tells of more work and memory than the unit has for one picture.
-QImage readPicture(const QString &hostPath, QSize box);
+QImage readPicture(const HostPath &hostPath, QSize box);
 
 // The same, `width` wide, with fast scaling. One that is extremely tall stays narrower.
-QImage readSmallPicture(const QString &hostPath, int width);
+QImage readSmallPicture(const HostPath &hostPath, int width);

@@ -13,14 +13,14 @@ constexpr QPoint kMarkCentre(64, 48);
 
 } // namespace
 
-QImage filmThumbnail(const QString &hostFilm, const QString &hostStored)
+QImage filmThumbnail(const HostPath &film, const HostPath &storedFile)
 {
-    const QFileInfo stored(hostStored);
-    if (stored.exists() && stored.lastModified() >= QFileInfo(hostFilm).lastModified()) {
-        if (const QImage picture = readSmallPicture(hostStored, kThumbnailWidth); !picture.isNull())
+    const QFileInfo stored(storedFile);
+    if (stored.exists() && stored.lastModified() >= QFileInfo(film).lastModified()) {
+        if (const QImage picture = readSmallPicture(storedFile, kThumbnailWidth); !picture.isNull())
             return picture;
     }
-    const QImage frame = firstFrameOfFilm(hostFilm);
+    const QImage frame = firstFrameOfFilm(film);
     return frame.isNull() ? QImage() : frame.scaledToWidth(kThumbnailWidth);
 }
 

@@ -6,10 +6,10 @@
 
 namespace {
 
-const QString kLcdBrightness = QStringLiteral("/sys/class/backlight/backlight_lcdgrp.26/brightness");
-const QString kDecoderRegister =
-    QStringLiteral("/sys/devices/soc0/soc.1/2100000.aips-bus/21a8000.i2c/i2c-2/2-0020/adv7180_reg");
-const QString kUsbState = QStringLiteral("/sys/class/extcon/ci_hdrc.0/state");
+const UnitPath kLcdBrightness = u"/sys/class/backlight/backlight_lcdgrp.26/brightness"_unit;
+const UnitPath kDecoderRegister =
+    u"/sys/devices/soc0/soc.1/2100000.aips-bus/21a8000.i2c/i2c-2/2-0020/adv7180_reg"_unit;
+const UnitPath kUsbState = u"/sys/class/extcon/ci_hdrc.0/state"_unit;
 
 // The board's extcon text carries the host-cable value as its 29th character.
 constexpr int kUsbHostIndex = 28;

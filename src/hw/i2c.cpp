@@ -2,8 +2,6 @@
 
 #include "platform/unit.h"
 
-#include <QFile>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -76,7 +74,7 @@ int open_i2c_dev(int i2cbus, char *filename, size_t size, int quiet)
     const auto tryOpen = [&](const char *pattern) {
         std::snprintf(filename, size, pattern, i2cbus);
         filename[size - 1] = '\0';
-        return ::open(QFile::encodeName(unit::path(QString::fromLatin1(filename))).constData(),
+        return ::open(unit::path(UnitPath(QString::fromLatin1(filename))).encoded().constData(),
                       O_RDWR | O_CLOEXEC);
     };
     int file = tryOpen("/dev/i2c/%d");

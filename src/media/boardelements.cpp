@@ -89,7 +89,7 @@ QString quotable(QString path)
 
 ElementRoles findRoles()
 {
-    const QString file = unit::path(QStringLiteral("/home/root/tubix4_app/board.conf"));
+    const QString file = unit::path(u"/home/root/tubix4_app/board.conf"_unit);
     const QSettings settings(file, QSettings::IniFormat);
     ElementRoles roles;
     for (const Role &role : roleTable()) {

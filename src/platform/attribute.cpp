@@ -6,7 +6,7 @@
 
 namespace attribute {
 
-bool write(const QString &unitPath, const QByteArray &text)
+bool write(const UnitPath &unitPath, const QByteArray &text)
 {
     QFile file(unit::path(unitPath));
     // Unbuffered: the attribute takes the text in one write, and a refusal is seen here.
@@ -15,12 +15,12 @@ bool write(const QString &unitPath, const QByteArray &text)
            file.write(text) == text.size();
 }
 
-bool selectRegister(const QString &unitPath, const QByteArray &registerNumber)
+bool selectRegister(const UnitPath &unitPath, const QByteArray &registerNumber)
 {
     return !unit::isReal() || write(unitPath, registerNumber);
 }
 
-std::optional<QByteArray> read(const QString &unitPath, qsizetype limit)
+std::optional<QByteArray> read(const UnitPath &unitPath, qsizetype limit)
 {
     QFile file(unit::path(unitPath));
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))

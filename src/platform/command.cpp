@@ -13,10 +13,10 @@ Q_LOGGING_CATEGORY(log, "tubix.platform")
 QString executable(const QString &program)
 {
     if (program.startsWith(QLatin1Char('/')))
-        return unit::path(program);
+        return unit::path(UnitPath(program));
     if (unit::isReal())
         return program;
-    return unit::path(QLatin1String("/usr/bin/") + program);
+    return unit::path(u"/usr/bin"_unit / program);
 }
 
 } // namespace
@@ -33,7 +33,7 @@ Result run(const QString &program, const QStringList &arguments)
             return {};
         }
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("PATH"), unit::path(QStringLiteral("/usr/bin")));
+        environment.insert(QStringLiteral("PATH"), unit::path(u"/usr/bin"_unit));
         process.setProcessEnvironment(environment);
     }
     process.start(file, arguments, QIODevice::ReadWrite);

@@ -6,12 +6,13 @@
 
 namespace mounttable {
 
-bool shows(const QString &device, const QString &place)
+bool shows(const UnitPath &device, const UnitPath &place)
 {
-    QFile table(unit::path(QStringLiteral("/proc/mounts")));
+    QFile table(unit::path(u"/proc/mounts"_unit));
     // Such a file tells no size: it is read to its end.
     return table.open(QIODevice::ReadOnly) &&
-           ('\n' + table.readAll()).contains(QStringLiteral("\n%1 %2 ").arg(device, place).toUtf8());
+           ('\n' + table.readAll())
+               .contains(QStringLiteral("\n%1 %2 ").arg(device.text(), place.text()).toUtf8());
 }
 
 } // namespace mounttable

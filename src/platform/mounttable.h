@@ -1,12 +1,12 @@
 // The system's table of mounts. Any thread.
 #pragma once
 
-#include <QString>
+#include "platform/unit.h"
 
 namespace mounttable {
 
-// True when `device` is mounted at `place` (unit paths), a dead mount of a pulled card included. False
+// True when `device` is mounted at `place`, a dead mount of a pulled card included. False
 // without a table. Cheap: no command is run.
-bool shows(const QString &device, const QString &place);
+bool shows(const UnitPath &device, const UnitPath &place);
 
 } // namespace mounttable

@@ -2,17 +2,16 @@
 
 #include "platform/unit.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 
-bool moveFile(const QString &from, const QString &to)
+bool moveFile(const UnitPath &from, const UnitPath &to)
 {
-    const QByteArray source = QFile::encodeName(unit::path(from));
-    const QByteArray target = QFile::encodeName(unit::path(to));
+    const QByteArray source = unit::path(from).encoded();
+    const QByteArray target = unit::path(to).encoded();
     if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0)
         return true;
     if (errno != EINVAL && errno != ENOSYS)

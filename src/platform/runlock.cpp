@@ -12,7 +12,7 @@ namespace {
 
 QByteArray lockFile()
 {
-    return QFile::encodeName(unit::path(QStringLiteral("/run/tubix4.pid")));
+    return unit::path(u"/run/tubix4.pid"_unit).encoded();
 }
 
 } // namespace

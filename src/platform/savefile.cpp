@@ -96,9 +96,9 @@ bool copyToTemporary(const QByteArray &source, const QByteArray &temporary)
            ::fsync(to.get()) == 0;
 }
 
-void sync(const QByteArray &hostPath)
+void sync(const QByteArray &file)
 {
-    const Descriptor opened(::open(hostPath.constData(), O_RDONLY | O_CLOEXEC));
+    const Descriptor opened(::open(file.constData(), O_RDONLY | O_CLOEXEC));
     if (opened.isOpen())
         ::fsync(opened.get());
 }
@@ -110,10 +110,9 @@ void report(QString *error)
 }
 
 // `fill(temporary, target)` makes the new file; it takes the place of the old one whole.
-template <typename Fill> bool replace(const QString &unitPath, Fill fill, QString *error)
+template <typename Fill> bool replace(const UnitPath &unitPath, Fill fill, QString *error)
 {
-    const QString hostPath = unit::path(unitPath);
-    const QByteArray target = QFile::encodeName(hostPath);
+    const QByteArray target = unit::path(unitPath).encoded();
     const QByteArray temporary = target + kTemporarySuffix;
     if (!fill(temporary, target) || ::rename(temporary.constData(), target.constData()) != 0) {
         report(error);
@@ -123,7 +122,7 @@ template <typename Fill> bool replace(const QString &unitPath, Fill fill, QStrin
     // On FAT the size stands in the folder's entry, which the new name has got anew: it is written with the
     // file.
     sync(target);
-    sync(QFile::encodeName(QFileInfo(hostPath).path()));
+    sync(unit::path(unitPath.parent()).encoded());
     return true;
 }
 
@@ -131,7 +130,7 @@ template <typename Fill> bool replace(const QString &unitPath, Fill fill, QStrin
 
 namespace savefile {
 
-bool write(const QString &unitPath, const QByteArray &content, QString *error)
+bool write(const UnitPath &unitPath, const QByteArray &content, QString *error)
 {
     return replace(
         unitPath,
@@ -141,26 +140,26 @@ bool write(const QString &unitPath, const QByteArray &content, QString *error)
         error);
 }
 
-bool writeThrough(const QString &unitPath, const QByteArray &content, QString *error)
+bool writeThrough(const UnitPath &unitPath, const QByteArray &content, QString *error)
 {
     const QString target = QFileInfo(unit::path(unitPath)).canonicalFilePath();
-    QString root = QFileInfo(unit::path(QStringLiteral("/"))).canonicalFilePath();
+    QString root = QFileInfo(unit::path(u"/"_unit)).canonicalFilePath();
     if (root == QLatin1String("/"))
         root.clear();
     const bool isOnUnit = target.startsWith(root + QLatin1Char('/'));
-    return write(isOnUnit ? target.mid(root.size()) : unitPath, content, error);
+    return write(isOnUnit ? UnitPath(target.mid(root.size())) : unitPath, content, error);
 }
 
-bool copy(const QString &fromUnitPath, const QString &toUnitPath, QString *error)
+bool copy(const UnitPath &from, const UnitPath &to, QString *error)
 {
-    const QByteArray source = QFile::encodeName(unit::path(fromUnitPath));
+    const QByteArray source = unit::path(from).encoded();
     return replace(
-        toUnitPath,
+        to,
         [&](const QByteArray &temporary, const QByteArray &) { return copyToTemporary(source, temporary); },
         error);
 }
 
-std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *error)
+std::optional<QByteArray> read(const UnitPath &unitPath, qint64 limit, QString *error)
 {
     QFile file(unit::path(unitPath));
     if (!file.open(QIODevice::ReadOnly)) {
@@ -177,7 +176,7 @@ std::optional<QByteArray> read(const QString &unitPath, qint64 limit, QString *e
     return content;
 }
 
-void removeLeftovers(const QString &unitFolder)
+void removeLeftovers(const UnitPath &unitFolder)
 {
     QDir folder(unit::path(unitFolder));
     const QStringList names =

@@ -1,11 +1,17 @@
 #include "platform/unit.h"
 
 #include <QDir>
+#include <QFile>
 
 namespace {
 // Written by setRoot() at start (and by tests), read everywhere.
 QString g_root;
 } // namespace
+
+QByteArray HostPath::encoded() const
+{
+    return QFile::encodeName(m_text);
+}
 
 namespace unit {
 
@@ -25,18 +31,19 @@ bool isReal()
     return g_root.isEmpty();
 }
 
-QString path(const QString &unitPath)
+HostPath path(const UnitPath &unitPath)
 {
-    return g_root + unitPath;
+    return HostPath(g_root + unitPath.text());
 }
 
-QString fromHost(const QString &hostPath)
+UnitPath fromHost(const QString &hostPath)
 {
     if (isReal())
-        return hostPath;
+        return UnitPath(hostPath);
     if (hostPath == g_root)
-        return QStringLiteral("/");
-    return hostPath.startsWith(g_root + QLatin1Char('/')) ? hostPath.mid(g_root.size()) : QString();
+        return u"/"_unit;
+    return hostPath.startsWith(g_root + QLatin1Char('/')) ? UnitPath(hostPath.mid(g_root.size()))
+                                                          : UnitPath();
 }
 
 } // namespace unit

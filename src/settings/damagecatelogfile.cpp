@@ -37,7 +37,7 @@ qsizetype cutBehind(const QByteArray &rest, bool utf8)
 
 namespace damagecatelog {
 
-std::optional<QStringList> entries(const QString &unitPath, QString *error)
+std::optional<QStringList> entries(const UnitPath &unitPath, QString *error)
 {
     const std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog, error);
     if (!content)
@@ -49,7 +49,7 @@ std::optional<QStringList> entries(const QString &unitPath, QString *error)
     return texts;
 }
 
-bool append(const QString &unitPath, const QString &entry)
+bool append(const UnitPath &unitPath, const QString &entry)
 {
     std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog);
     if (!content && !QFileInfo::exists(unit::path(unitPath)))
@@ -57,7 +57,7 @@ bool append(const QString &unitPath, const QString &entry)
     return content && savefile::writeThrough(unitPath, *content + entry.trimmed().toUtf8() + '\n');
 }
 
-bool removeFirst(const QString &unitPath, const QString &entry)
+bool removeFirst(const UnitPath &unitPath, const QString &entry)
 {
     std::optional<QByteArray> content = savefile::read(unitPath, kLargestCatalog);
     if (!content || entry.isEmpty())

@@ -21,7 +21,7 @@ QString keyboardLayoutResource(const QString &abbreviation)
     return QStringLiteral(":/keyboardwidget/keyboard_%1.xml").arg(abbreviation);
 }
 
-QString damageCatelogFile(const QString &abbreviation)
+UnitPath damageCatelogFile(const QString &abbreviation)
 {
-    return QStringLiteral("/home/root/tubix4_app/damagecatelog/damagecat_%1.txt").arg(abbreviation);
+    return u"/home/root/tubix4_app/damagecatelog"_unit / QStringLiteral("damagecat_%1.txt").arg(abbreviation);
 }

@@ -1,6 +1,8 @@
 // The fifteen languages of the unit and the files that carry their words.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QString>
 
 enum eLanguages {
@@ -28,4 +30,4 @@ QString languageAbbreviation(eLanguages language);
 
 // Embedded resource of the keyboard layout, and the catalog file on the unit, of an abbreviation.
 QString keyboardLayoutResource(const QString &abbreviation);
-QString damageCatelogFile(const QString &abbreviation);
+UnitPath damageCatelogFile(const QString &abbreviation);

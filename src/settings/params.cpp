@@ -12,15 +12,15 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.settings")
 
-const QString kSettingsFile = QStringLiteral("/home/root/tubix4_app/globlsystemsettings_default.xml");
-const QString kMessageLog = QStringLiteral("/var/log/messages");
-const QString kEventLog = QStringLiteral("/home/root/tubix4_app/eventlog.csv");
+const UnitPath kSettingsFile = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_unit;
+const UnitPath kMessageLog = u"/var/log/messages"_unit;
+const UnitPath kEventLog = u"/home/root/tubix4_app/eventlog.csv"_unit;
 
 // The kernel's own part of the unit's "uname -a" line.
 constexpr int kKernelStart = 17;
 constexpr int kKernelLength = 16;
 
-quint64 sizeOf(const QString &unitPath)
+quint64 sizeOf(const UnitPath &unitPath)
 {
     return quint64(QFileInfo(unit::path(unitPath)).size());
 }

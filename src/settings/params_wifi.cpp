@@ -11,10 +11,10 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.settings")
 
-const QString kHostapdConfiguration = QStringLiteral("/etc/hostapd.conf");
+const UnitPath kHostapdConfiguration = u"/etc/hostapd.conf"_unit;
 constexpr qint64 kLargestConfiguration = 1024LL * 1024;
-const QString kHotspotScript = QStringLiteral("/home/root/tubix4_app/hotspot.sh");
-const QString kInfraScript = QStringLiteral("/home/root/tubix4_app/infra.sh");
+const UnitPath kHotspotScript = u"/home/root/tubix4_app/hotspot.sh"_unit;
+const UnitPath kInfraScript = u"/home/root/tubix4_app/infra.sh"_unit;
 
 QString outputOf(const QString &program, const QStringList &arguments)
 {
@@ -62,7 +62,7 @@ void params::GetWifiStatus()
 
 void params::configureWifi()
 {
-    command::run(g_GlobalSystemSettings.bWIFIHotSpotActive ? kHotspotScript : kInfraScript);
+    command::run(g_GlobalSystemSettings.bWIFIHotSpotActive ? kHotspotScript.text() : kInfraScript.text());
     GetWifiStatus();
 }
 

@@ -1,6 +1,8 @@
 // The record of settings and shared run-time state that every room reads and writes on the GUI thread.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QColor>
 #include <QString>
 
@@ -50,8 +52,8 @@ struct _GlobalSystemSettings : PersistentSettings
     QString WIFImacAddress;
     QString WIFIConnectedSSID;
     QString LanguageAbbreviation;
-    QString damageCatelog_filename; // unit path
-    QString keyboardMap_filename;   // resource
+    UnitPath damageCatelog_filename;
+    QString keyboardMap_filename; // resource
     eImagerTypes HWImagerConfiguration = eMinimodule_10m;
     bool MiniModulePresent = false;
     eImagerTypes ImagerType = eMinimodule_10m;

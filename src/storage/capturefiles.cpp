@@ -21,17 +21,12 @@ bool isFilm(const QString &fileName)
     return fileName.contains(QLatin1String(".avi"));
 }
 
-QString in(const QString &folder, const QString &fileName)
+bool isThere(const UnitPath &folder, const QString &fileName)
 {
-    return folder + QLatin1Char('/') + fileName;
+    return QFileInfo::exists(unit::path(folder / fileName));
 }
 
-bool isThere(const QString &folder, const QString &fileName)
-{
-    return QFileInfo::exists(unit::path(in(folder, fileName)));
-}
-
-bool hasPictureOfSameName(const QString &folder, const QString &film)
+bool hasPictureOfSameName(const UnitPath &folder, const QString &film)
 {
     for (const char *extension : {".jpg", ".jpeg", ".JPG", ".JPEG"}) {
         if (isThere(folder, baseOf(film) + QLatin1String(extension)))
@@ -86,19 +81,19 @@ QString storedThumbnailOf(const QString &fileName)
     return QLatin1String(".thumbs/") + baseOf(fileName) + QLatin1String(".jpg");
 }
 
-bool remove(const QString &folder, const QString &fileName)
+bool remove(const UnitPath &folder, const QString &fileName)
 {
-    QFile::remove(unit::path(in(folder, fileName)));
+    QFile::remove(unit::path(folder / fileName));
     const bool gone = !isThere(folder, fileName);
     if (gone && isFilm(fileName))
-        QFile::remove(unit::path(in(folder, storedThumbnailOf(fileName))));
+        QFile::remove(unit::path(folder / storedThumbnailOf(fileName)));
     return gone;
 }
 
-void removeNote(const QString &folder, const QString &fileName)
+void removeNote(const UnitPath &folder, const QString &fileName)
 {
     if (!isFilm(fileName) || !hasPictureOfSameName(folder, fileName))
-        QFile::remove(unit::path(in(folder, noteOf(fileName))));
+        QFile::remove(unit::path(folder / noteOf(fileName)));
 }
 
 QString usableName(const QString &typed, const QString &extension)
@@ -110,19 +105,19 @@ QString usableName(const QString &typed, const QString &extension)
     return usable ? name : QString();
 }
 
-Renamed rename(const QString &folder, const QString &fileName, const QString &name, bool withNote)
+Renamed rename(const UnitPath &folder, const QString &fileName, const QString &name, bool withNote)
 {
     const QString renamed = name + extensionOf(fileName);
     if (!isFilm(fileName) && isThere(folder, noteOf(renamed)))
         return {}; // the picture would take over a note that is not its own
-    if (!moveFile(in(folder, fileName), in(folder, renamed)))
+    if (!moveFile(folder / fileName, folder / renamed))
         return {};
-    if (withNote && !moveFile(in(folder, noteOf(fileName)), in(folder, noteOf(renamed)))) {
-        moveFile(in(folder, renamed), in(folder, fileName));
+    if (withNote && !moveFile(folder / noteOf(fileName), folder / noteOf(renamed))) {
+        moveFile(folder / renamed, folder / fileName);
         return {};
     }
     if (isFilm(fileName))
-        moveFile(in(folder, storedThumbnailOf(fileName)), in(folder, storedThumbnailOf(renamed)));
+        moveFile(folder / storedThumbnailOf(fileName), folder / storedThumbnailOf(renamed));
     return {true, withNote};
 }
 

@@ -1,6 +1,8 @@
 // Deleting and renaming captures together with what belongs to them: a picture's voice note, a film's stored
-// thumbnail. Unit paths, always inside one folder. GUI thread.
+// thumbnail, always inside one folder. GUI thread.
 #pragma once
+
+#include "platform/unit.h"
 
 #include <QString>
 
@@ -12,11 +14,11 @@ QString noteOf(const QString &fileName);            // "TUBX0007.jpg" -> "TUBX00
 QString storedThumbnailOf(const QString &fileName); // "TUBX0007.avi" -> ".thumbs/TUBX0007.jpg"
 
 // Deletes the capture, with a film's stored thumbnail. False when it is still there.
-bool remove(const QString &folder, const QString &fileName);
+bool remove(const UnitPath &folder, const QString &fileName);
 
 // Deletes the note of a capture. A note that belongs to a picture of the same name stays when `fileName` is
 // the film. No note: nothing.
-void removeNote(const QString &folder, const QString &fileName);
+void removeNote(const UnitPath &folder, const QString &fileName);
 
 // The name as it is used: without surrounding blanks and trailing dots. Empty when it is none that a card, a
 // folder or a customer's computer can carry: separators and the characters that FAT forbids, a leading dot,
@@ -32,6 +34,6 @@ struct Renamed
 
 // Gives the capture and (`withNote`) its note the base name `name`. All or nothing: when one of the two new
 // names is taken or cannot be given, both files keep their names. A film's stored thumbnail goes along.
-Renamed rename(const QString &folder, const QString &fileName, const QString &name, bool withNote);
+Renamed rename(const UnitPath &folder, const QString &fileName, const QString &name, bool withNote);
 
 } // namespace capturefiles

@@ -16,12 +16,12 @@ void syncCard()
     command::run(QStringLiteral("sync"));
 }
 
-bool exists(const QString &folder)
+bool exists(const UnitPath &folder)
 {
     return QDir(unit::path(folder)).exists();
 }
 
-void make(const QString &folder)
+void make(const UnitPath &folder)
 {
     QDir().mkdir(unit::path(folder)); // one level; a failure shows when something is written there
 }
@@ -35,7 +35,7 @@ void mend()
 }
 
 // Gives the current folder what belongs into an inspection's; what is there stays.
-void equip(const QString &folder)
+void equip(const UnitPath &folder)
 {
     make(inCurrentFolder(QStringLiteral(".thumbs")));
     createHTMLAssets();
@@ -45,12 +45,12 @@ void equip(const QString &folder)
 
 } // namespace
 
-void CreateDCIMStructure(const QString &folder)
+void CreateDCIMStructure(const UnitPath &folder)
 {
     make(kDcimFolder);
     make(kBaseFolder);
     g_SavedFSInfo.currRootDirectory = folder.isEmpty() ? folderOfTheDay() : folder;
-    const QString &current = g_SavedFSInfo.currRootDirectory;
+    const UnitPath &current = g_SavedFSInfo.currRootDirectory;
     if (!exists(current) || !exists(inCurrentFolder(QStringLiteral(".html_assets")))) {
         make(current);
         equip(folder);
@@ -61,19 +61,18 @@ void CreateDCIMStructure(const QString &folder)
 
 bool completeCurrentFolder()
 {
-    const QString &current = g_SavedFSInfo.currRootDirectory;
+    const UnitPath &current = g_SavedFSInfo.currRootDirectory;
     make(kDcimFolder);
     make(kBaseFolder);
-    if (!exists(kBaseFolder) || !current.startsWith(kBaseFolder + QLatin1Char('/')) ||
-        !QDir().mkpath(unit::path(current)))
+    if (!exists(kBaseFolder) || !current.isBelow(kBaseFolder) || !QDir().mkpath(unit::path(current)))
         return false;
-    equip(current == folderOfTheDay() ? QString() : current);
+    equip(current == folderOfTheDay() ? UnitPath() : current);
     return true;
 }
 
 bool restoreCurrentFolder()
 {
-    const QString folder = g_SavedFSInfo.currRootDirectory;
+    const UnitPath folder = g_SavedFSInfo.currRootDirectory;
     if (folder.isEmpty())
         return false;
     if (exists(folder))
@@ -84,14 +83,14 @@ bool restoreCurrentFolder()
     return true;
 }
 
-bool removeDir(const QString &dirName)
+bool removeDir(const UnitPath &dirName)
 {
     const QDir folder(unit::path(dirName));
     if (folder.exists()) {
         const QFileInfoList entries = folder.entryInfoList(
             QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden | QDir::System, QDir::DirsFirst);
         for (const QFileInfo &entry : entries) {
-            const QString unitPath = dirName + QLatin1Char('/') + entry.fileName();
+            const UnitPath unitPath = dirName / entry.fileName();
             const bool removed =
                 entry.isDir() && !entry.isSymLink() ? removeDir(unitPath) : QFile::remove(entry.filePath());
             if (!removed)

@@ -9,7 +9,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.storage")
 
-const QString kEventLog = QStringLiteral("/home/root/tubix4_app/eventlog.csv");
+const UnitPath kEventLog = u"/home/root/tubix4_app/eventlog.csv"_unit;
 
 } // namespace
 

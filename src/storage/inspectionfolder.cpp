@@ -16,32 +16,22 @@ namespace {
 // What comes to the folder's name at the most: its page while it is replaced.
 constexpr char kLongestEnding[] = ".html.tubix-new";
 
-bool exists(const QString &path)
+bool exists(const UnitPath &path)
 {
     return QFileInfo::exists(unit::path(path));
 }
 
-QString nameOf(const QString &path)
-{
-    return path.section(QLatin1Char('/'), -1);
-}
-
-QString parentOf(const QString &path)
-{
-    return path.section(QLatin1Char('/'), 0, -2);
-}
-
 struct Move
 {
-    QString from;
-    QString to;
+    UnitPath from;
+    UnitPath to;
 };
 
 } // namespace
 
-bool isInspectionFolder(const QString &path)
+bool isInspectionFolder(const UnitPath &path)
 {
-    return path.startsWith(kBaseFolder + QLatin1Char('/')) && QDir::cleanPath(path) == path;
+    return path.isBelow(kBaseFolder) && QDir::cleanPath(path.text()) == path.text();
 }
 
 QString folderName(const QString &typed)
@@ -49,28 +39,28 @@ QString folderName(const QString &typed)
     return capturefiles::usableName(typed, QLatin1String(kLongestEnding));
 }
 
-QString makeInspectionFolder(const QString &parent, const QString &typed)
+UnitPath makeInspectionFolder(const UnitPath &parent, const QString &typed)
 {
     const QString name = folderName(typed);
     if (name.isEmpty())
         return {};
     // The base folder may be gone with a format; the folder above it is there as long as the card is.
     QDir().mkdir(unit::path(kBaseFolder));
-    const QString folder = (isInspectionFolder(parent) ? parent : kBaseFolder) + QLatin1Char('/') + name;
-    return QDir().mkdir(unit::path(folder)) ? folder : QString();
+    const UnitPath folder = (isInspectionFolder(parent) ? parent : kBaseFolder) / name;
+    return QDir().mkdir(unit::path(folder)) ? folder : UnitPath();
 }
 
-QString renameInspectionFolder(const QString &folder, const QString &typed)
+UnitPath renameInspectionFolder(const UnitPath &folder, const QString &typed)
 {
     const QString name = folderName(typed);
-    const QString renamed = parentOf(folder) + QLatin1Char('/') + name;
+    const UnitPath renamed = folder.parent() / name;
     if (!isInspectionFolder(folder) || name.isEmpty() || exists(renamed))
         return {};
     std::vector<Move> moves;
     for (const char *extension : {".html", ".txt"}) {
-        const QString log = folder + QLatin1Char('/') + nameOf(folder) + QLatin1String(extension);
+        const UnitPath log = folder / (folder.name() + QLatin1String(extension));
         if (exists(log))
-            moves.push_back({log, folder + QLatin1Char('/') + name + QLatin1String(extension)});
+            moves.push_back({log, folder / (name + QLatin1String(extension))});
     }
     moves.push_back({folder, renamed});
     for (auto next = moves.cbegin(); next != moves.cend(); ++next) {
@@ -87,8 +77,8 @@ QString renameInspectionFolder(const QString &folder, const QString &typed)
     return renamed;
 }
 
-QString followRename(const QString &path, const QString &folder, const QString &renamed)
+UnitPath followRename(const UnitPath &path, const UnitPath &folder, const UnitPath &renamed)
 {
-    const bool moves = path == folder || path.startsWith(folder + QLatin1Char('/'));
-    return moves ? renamed + path.mid(folder.size()) : path;
+    const bool moves = path == folder || path.isBelow(folder);
+    return moves ? UnitPath(renamed.text() + path.text().mid(folder.text().size())) : path;
 }

@@ -1,11 +1,12 @@
-// Inspection folders by name: which names and places are allowed, making and renaming. GUI thread. All paths
-// are unit paths.
+// Inspection folders by name: which names and places are allowed, making and renaming. GUI thread.
 #pragma once
+
+#include "platform/unit.h"
 
 #include <QString>
 
 // Strictly below the base folder.
-bool isInspectionFolder(const QString &path);
+bool isInspectionFolder(const UnitPath &path);
 
 // The name as it is used, by the rules of file names (capturefiles::usableName); empty for one that does not
 // stay one folder on the card or does not fit its log's file names.
@@ -13,12 +14,12 @@ QString folderName(const QString &typed);
 
 // Makes parent/`typed` for an inspection; the base folder stands in for a parent outside of it. Returns the
 // new folder, or nothing when the name is not allowed or taken, or the card does not take it.
-QString makeInspectionFolder(const QString &parent, const QString &typed);
+UnitPath makeInspectionFolder(const UnitPath &parent, const QString &typed);
 
 // Gives an inspection folder another name, and its page and text log with it; when one of them cannot be
 // renamed all keep their names. Returns the folder's new path, or nothing. When the current folder is it or
 // lies in it, it follows.
-QString renameInspectionFolder(const QString &folder, const QString &typed);
+UnitPath renameInspectionFolder(const UnitPath &folder, const QString &typed);
 
 // `path` after `folder` became `renamed`: moved along if it is the folder or lies in it.
-QString followRename(const QString &path, const QString &folder, const QString &renamed);
+UnitPath followRename(const UnitPath &path, const UnitPath &folder, const UnitPath &renamed);

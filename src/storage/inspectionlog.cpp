@@ -78,15 +78,15 @@ QByteArray textLine(const QString &metres, const QString &time, const char *mark
 
 QString folderName()
 {
-    return g_SavedFSInfo.currRootDirectory.section(QLatin1Char('/'), -1);
+    return g_SavedFSInfo.currRootDirectory.name();
 }
 
-QString pageFile()
+UnitPath pageFile()
 {
     return inCurrentFolder(folderName() + QLatin1String(".html"));
 }
 
-QString textFile()
+UnitPath textFile()
 {
     return inCurrentFolder(folderName() + QLatin1String(".txt"));
 }
@@ -205,16 +205,16 @@ Entry entry(eLogFileOperation operation, unsigned short meter, const QString &ti
 
 void createHTMLAssets()
 {
-    const QString folder = inCurrentFolder(QStringLiteral(".html_assets/"));
+    const UnitPath folder = inCurrentFolder(QStringLiteral(".html_assets"));
     QDir().mkdir(unit::path(folder));
     for (const char *asciiName : kAssetNames) {
         const QString name = QString::fromLatin1(asciiName);
-        if (!QFileInfo::exists(unit::path(folder + name)))
-            savefile::write(folder + name, asset(name));
+        if (!QFileInfo::exists(unit::path(folder / name)))
+            savefile::write(folder / name, asset(name));
     }
 }
 
-void createLogHTMLlog(const QString &folder)
+void createLogHTMLlog(const UnitPath &folder)
 {
     if (QFileInfo::exists(unit::path(pageFile())))
         return;
@@ -228,16 +228,15 @@ void createLogHTMLlog(const QString &folder)
     savefile::write(pageFile(), page.toUtf8());
 }
 
-void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &path,
+void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QString &fileName,
                     const QString &text, const QTime &time)
 {
     QFile page(unit::path(pageFile()));
     if (!page.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
         return;
     const bool named = operation == eFileRename || operation == eDamageCatelogChange;
-    const auto [row, line] =
-        inspectionlog::entry(operation, meter, time.toString(QStringLiteral("hh:mm:ss")),
-                             named ? text.trimmed() : path.section(QLatin1Char('/'), -1));
+    const auto [row, line] = inspectionlog::entry(operation, meter, time.toString(QStringLiteral("hh:mm:ss")),
+                                                  named ? text.trimmed() : fileName);
     if (putRow(page, row) != Put::Failed)
         appendLine(textFile(), line);
 }

@@ -41,11 +41,11 @@ struct FolderContent
     QSet<QString> notes;          // names of voice notes
 };
 
-FolderContent readFolder(const QString &folder)
+FolderContent readFolder(const UnitPath &folder)
 {
     FolderContent content;
-    const std::unique_ptr<DIR, int (*)(DIR *)> directory(
-        ::opendir(QFile::encodeName(unit::path(folder)).constData()), ::closedir);
+    const std::unique_ptr<DIR, int (*)(DIR *)> directory(::opendir(unit::path(folder).encoded().constData()),
+                                                         ::closedir);
     if (!directory)
         return content;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): a directory of our own
@@ -81,7 +81,7 @@ int numberOf(const QString &name)
 
 } // namespace
 
-void ReadDirectory(const QString &folder)
+void ReadDirectory(const UnitPath &folder)
 {
     FolderContent content = readFolder(folder);
     std::sort(content.files.begin(), content.files.end(), isOlder);

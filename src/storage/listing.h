@@ -1,6 +1,8 @@
 // The listing of the current inspection folder. GUI thread.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QString>
 
 #include <array>
@@ -26,7 +28,7 @@ extern std::array<sSnakeFileInfo, kMostFiles> g_FileListing;
 // Lists the folder's pictures and films into g_FileListing, oldest first (equal times: by name), at most
 // 10000: name filters without regard to case, hidden and empty files left out. The next number counts all of
 // them.
-void ReadDirectory(const QString &folder);
+void ReadDirectory(const UnitPath &folder);
 
 // Where the file stands in g_FileListing; -1: nowhere.
 int indexInListing(const QString &fileName);

@@ -8,17 +8,17 @@ namespace {
 constexpr int kShownCharacters = 18;
 }
 
-QString folderOfTheDay()
+UnitPath folderOfTheDay()
 {
-    return kBaseFolder + QLatin1Char('/') + QDate::currentDate().toString(QStringLiteral("ddMMyyyy"));
+    return kBaseFolder / QDate::currentDate().toString(QStringLiteral("ddMMyyyy"));
 }
 
-QString inCurrentFolder(const QString &fileName)
+UnitPath inCurrentFolder(const QString &fileName)
 {
-    return g_SavedFSInfo.currRootDirectory + QLatin1Char('/') + fileName;
+    return g_SavedFSInfo.currRootDirectory / fileName;
 }
 
-QString shownFolder(const QString &folder)
+QString shownFolder(const UnitPath &folder)
 {
-    return folder.mid(kDcimFolder.size()).right(kShownCharacters);
+    return folder.text().mid(kDcimFolder.text().size()).right(kShownCharacters);
 }

@@ -1,15 +1,16 @@
-// Where the user is on the card: the current inspection folder and what is selected in it. GUI thread. All
-// paths are unit paths.
+// Where the user is on the card: the current inspection folder and what is selected in it. GUI thread.
 #pragma once
+
+#include "platform/unit.h"
 
 #include <QString>
 
-inline const QString kDcimFolder = QStringLiteral("/media/mmcblk1p1/DCIM");
-inline const QString kBaseFolder = QStringLiteral("/media/mmcblk1p1/DCIM/100TUBIX");
+inline const UnitPath kDcimFolder = u"/media/mmcblk1p1/DCIM"_unit;
+inline const UnitPath kBaseFolder = u"/media/mmcblk1p1/DCIM/100TUBIX"_unit;
 
 struct sSavedFSInfo
 {
-    QString currRootDirectory; // the current inspection folder
+    UnitPath currRootDirectory; // the current inspection folder
     qint16 nFilescurrRootDirectory = 0;
     qint16 currThumbnailPage = 0;
     qint16 currThumbnailIndex = 0;
@@ -25,10 +26,10 @@ typedef sSavedFSInfo tSavedFSInfo;
 extern tSavedFSInfo g_SavedFSInfo;
 
 // Where a day's pictures go when nobody chose a folder.
-QString folderOfTheDay();
+UnitPath folderOfTheDay();
 
-// The unit path of a file in the current folder.
-QString inCurrentFolder(const QString &fileName);
+// A file in the current folder.
+UnitPath inCurrentFolder(const QString &fileName);
 
 // The folder as the top bar shows it: below DCIM, at most the last 18 characters.
-QString shownFolder(const QString &folder);
+QString shownFolder(const UnitPath &folder);

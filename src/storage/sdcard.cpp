@@ -28,7 +28,7 @@ void setFigures(const sSDcardInfo &card)
 
 sSDcardInfo cardInDfReport(const QString &report)
 {
-    const qsizetype at = report.indexOf(kCardDevice);
+    const qsizetype at = report.indexOf(kCardDevice.text());
     if (at < 0)
         return {};
     static const QRegularExpression whiteSpace(QStringLiteral("\\s+"));

@@ -1,12 +1,14 @@
 // Is a card in the slot, and how full is it? Every answer asks "df" anew. GUI thread.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QByteArray>
 #include <QString>
 
-inline const QString kCardMountPoint = QStringLiteral("/media/mmcblk1p1");
+inline const UnitPath kCardMountPoint = u"/media/mmcblk1p1"_unit;
 inline constexpr quint64 kLeastAvailable = 10240; // kilobytes: below that the card counts as full
-inline const QString kCardDevice = QStringLiteral("/dev/mmcblk1p1");
+inline const UnitPath kCardDevice = u"/dev/mmcblk1p1"_unit;
 
 struct sSDcardInfo
 {

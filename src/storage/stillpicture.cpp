@@ -46,7 +46,7 @@ QImage underBand(const QImage &band, const QImage &frame)
     return picture;
 }
 
-bool save(const QImage &picture, const QString &unitPath)
+bool save(const QImage &picture, const UnitPath &unitPath)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);

@@ -1,6 +1,8 @@
 // Composing a still picture: brand band, frame, texts.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QImage>
 #include <QRect>
 #include <QString>
@@ -22,6 +24,6 @@ QImage compose(const QImage &band, const QImage &frame, const QRect &cutOut, con
 QImage underBand(const QImage &band, const QImage &frame);
 
 // Encodes as JPEG and writes it whole or not at all; false on a failure.
-bool save(const QImage &picture, const QString &unitPath);
+bool save(const QImage &picture, const UnitPath &unitPath);
 
 } // namespace stillpicture

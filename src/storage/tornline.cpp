@@ -17,7 +17,7 @@ bool open(QFile &file, QIODevice::OpenMode more)
 
 } // namespace
 
-void mendTornLine(const QString &unitPath)
+void mendTornLine(const UnitPath &unitPath)
 {
     QFile file(unit::path(unitPath));
     if (!open(file, QIODevice::ExistingOnly))
@@ -33,7 +33,7 @@ void mendTornLine(const QString &unitPath)
     file.resize(start + lastEnd + 1);
 }
 
-void completeLine(const QString &unitPath, const QByteArray &wanted)
+void completeLine(const UnitPath &unitPath, const QByteArray &wanted)
 {
     QFile file(unit::path(unitPath));
     if (!open(file, QIODevice::ExistingOnly))
@@ -48,7 +48,7 @@ void completeLine(const QString &unitPath, const QByteArray &wanted)
     ::fsync(file.handle());
 }
 
-bool appendLine(const QString &unitPath, const QByteArray &line)
+bool appendLine(const UnitPath &unitPath, const QByteArray &line)
 {
     QFile file(unit::path(unitPath));
     if (!open(file, {}))

@@ -25,7 +25,7 @@ Q_LOGGING_CATEGORY(log, "tubix.storage")
 constexpr std::string_view kApplicationVersion = "5.03";
 constexpr std::string_view kFirstOfCurrentFormat = "5.01";
 static_assert(kApplicationVersion >= kFirstOfCurrentFormat); // so archives of the older format are refused
-const QString kWorkFolder = QStringLiteral("/home/root/tmp");
+const UnitPath kWorkFolder = u"/home/root/tmp"_unit;
 constexpr qint64 kLongestInstructions = 1 << 20;
 
 enum class Format { None, Older, Current };
@@ -39,14 +39,14 @@ Format formatOf(const QString &name)
     return older.match(name).hasMatch() ? Format::Older : Format::None;
 }
 
-QString onCard(const QString &name)
+UnitPath onCard(const QString &name)
 {
-    return kDcimFolder + QLatin1Char('/') + name;
+    return kDcimFolder / name;
 }
 
-const QString &signatureFile()
+const UnitPath &signatureFile()
 {
-    static const QString file = onCard(QStringLiteral("upgrade.sig"));
+    static const UnitPath file = onCard(QStringLiteral("upgrade.sig"));
     return file;
 }
 
@@ -74,7 +74,7 @@ bool isOffered(const QString &name)
 // What an upgrade that was cut off has left, a link instead of a folder too.
 void removeWorkFolder()
 {
-    const QString host = unit::path(kWorkFolder);
+    const HostPath host = unit::path(kWorkFolder);
     if (QFileInfo(host).isSymLink())
         QFile::remove(host);
     else
@@ -82,7 +82,7 @@ void removeWorkFolder()
 }
 
 // The instruction file's content, or why there is none.
-std::optional<QByteArray> unpack(const QString &archive, QString *reason)
+std::optional<QByteArray> unpack(const UnitPath &archive, QString *reason)
 {
     *reason = upgradearchive::isTrusted(archive, signatureFile())
                   ? upgradearchive::refusal(archive, kWorkFolder)
@@ -98,7 +98,7 @@ std::optional<QByteArray> unpack(const QString &archive, QString *reason)
         return std::nullopt;
     }
     // Read whole before the first command: none of them can change what is left to do.
-    return savefile::read(kWorkFolder + QLatin1String("/tubix4_update.txt"), kLongestInstructions, reason);
+    return savefile::read(kWorkFolder / QStringLiteral("tubix4_update.txt"), kLongestInstructions, reason);
 }
 
 } // namespace
@@ -122,7 +122,7 @@ void ProcessSystemUpgrade()
     QDir().mkdir(unit::path(kWorkFolder));
     if (upgradeFileName.isEmpty())
         return;
-    const QString archive = onCard(upgradeFileName);
+    const UnitPath archive = onCard(upgradeFileName);
     QString reason;
     if (const auto instructions = unpack(archive, &reason)) {
         upgradearchive::markBegun(archive);

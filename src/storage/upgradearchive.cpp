@@ -13,10 +13,10 @@
 
 namespace {
 
-const QString kPublicKey = QStringLiteral("/home/root/tubix4_app/upgrade.pub");
+const UnitPath kPublicKey = u"/home/root/tubix4_app/upgrade.pub"_unit;
 
 // The checksum of the archive that is being carried out.
-const QString kBegun = QStringLiteral("/home/root/tubix4_app/upgrade.begun");
+const UnitPath kBegun = u"/home/root/tubix4_app/upgrade.begun"_unit;
 
 constexpr qint64 kMagicAt = 257;  // of "ustar" in a plain archive
 constexpr qint64 kEndMark = 1024; // zero bytes that end a plain archive
@@ -28,7 +28,7 @@ struct Listing
     QList<QByteArray> lines;
 };
 
-Listing list(const QString &archive, const QStringList &options)
+Listing list(const UnitPath &archive, const QStringList &options)
 {
     const command::Result tar =
         command::run(QStringLiteral("tar"), options + QStringList{unit::path(archive)});
@@ -38,7 +38,7 @@ Listing list(const QString &archive, const QStringList &options)
 }
 
 // tar takes an archive that was cut between two members for a whole one.
-bool lacksItsEnd(const QString &archive)
+bool lacksItsEnd(const UnitPath &archive)
 {
     QFile file(unit::path(archive));
     if (!file.open(QIODevice::ReadOnly) || !file.seek(kMagicAt) || file.read(5) != "ustar")
@@ -51,14 +51,14 @@ bool leavesTheFolder(const QByteArray &member)
     return member.startsWith('/') || member.split('/').contains("..");
 }
 
-QByteArray checksum(const QString &archive)
+QByteArray checksum(const UnitPath &archive)
 {
     QFile file(unit::path(archive));
     QCryptographicHash hash(QCryptographicHash::Sha256);
     return file.open(QIODevice::ReadOnly) && hash.addData(&file) ? hash.result().toHex() : QByteArray();
 }
 
-bool wasBegun(const QString &archive)
+bool wasBegun(const UnitPath &archive)
 {
     const auto begun = savefile::read(kBegun, 1024);
     return begun && !begun->isEmpty() && *begun == checksum(archive);
@@ -78,7 +78,7 @@ qint64 contentSize(const QList<QByteArray> &longLines)
 
 namespace upgradearchive {
 
-QString refusal(const QString &unitPath, const QString &workFolder)
+QString refusal(const UnitPath &unitPath, const UnitPath &workFolder)
 {
     // Two listings: the short one has names and nothing else on a line, the long one begins with the kind.
     const Listing names = list(unitPath, {QStringLiteral("-tf")});
@@ -97,7 +97,7 @@ QString refusal(const QString &unitPath, const QString &workFolder)
     return {};
 }
 
-bool isTrusted(const QString &unitPath, const QString &signaturePath)
+bool isTrusted(const UnitPath &unitPath, const UnitPath &signaturePath)
 {
     if (!QFileInfo::exists(unit::path(kPublicKey)) || wasBegun(unitPath))
         return true;
@@ -108,7 +108,7 @@ bool isTrusted(const QString &unitPath, const QString &signaturePath)
     return check.started && check.exitCode == 0;
 }
 
-void markBegun(const QString &unitPath)
+void markBegun(const UnitPath &unitPath)
 {
     savefile::write(kBegun, checksum(unitPath));
 }

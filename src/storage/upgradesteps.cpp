@@ -37,11 +37,11 @@ const Word *commandIn(const QString &field)
 }
 
 // True when what `unitPath` names lies below `top`, both after following every link but the last name's own.
-bool liesBelow(const QString &unitPath, const QString &top)
+bool liesBelow(const UnitPath &unitPath, const UnitPath &top)
 {
     const QFileInfo target(unit::path(unitPath));
     const QString name = target.fileName();
-    if (!unitPath.startsWith(QLatin1Char('/')) || name.isEmpty() || name == QLatin1String(".") ||
+    if (!unitPath.text().startsWith(QLatin1Char('/')) || name.isEmpty() || name == QLatin1String(".") ||
         name == QLatin1String(".."))
         return false;
     const QString folder = QFileInfo(target.path()).canonicalFilePath();
@@ -50,11 +50,12 @@ bool liesBelow(const QString &unitPath, const QString &top)
     return !folder.isEmpty() && !root.isEmpty() && (folder == root || folder.startsWith(inside));
 }
 
-QString withoutEndSlashes(QString path)
+UnitPath withoutEndSlashes(const UnitPath &folder)
 {
+    QString path = folder.text();
     while (path.endsWith(QLatin1Char('/')))
         path.chop(1);
-    return path;
+    return UnitPath(path);
 }
 
 } // namespace
@@ -72,21 +73,20 @@ std::vector<Step> read(const QByteArray &text)
         const QStringList fields = QString::fromUtf8(line).split(QLatin1Char(','));
         const Word *word = commandIn(fields[0]);
         if (word && fields.size() >= 3)
-            steps.push_back({word->command, fields[1].trimmed(), fields[2].trimmed()});
+            steps.push_back({word->command, fields[1].trimmed(), UnitPath(fields[2].trimmed())});
     }
     return steps;
 }
 
-bool carryOut(const Step &step, const QString &workFolder)
+bool carryOut(const Step &step, const UnitPath &workFolder)
 {
     const bool isOfFile = step.command == Command::Copy || step.command == Command::Delete;
-    const QString target =
-        isOfFile ? step.folder + QLatin1Char('/') + step.fileName : withoutEndSlashes(step.folder);
-    if (!liesBelow(target, QStringLiteral("/")))
+    const UnitPath target = isOfFile ? step.folder / step.fileName : withoutEndSlashes(step.folder);
+    if (!liesBelow(target, u"/"_unit))
         return false;
     switch (step.command) {
     case Command::Copy: {
-        const QString source = workFolder + QLatin1Char('/') + step.fileName;
+        const UnitPath source = workFolder / step.fileName;
         return liesBelow(source, workFolder) && savefile::copy(source, target);
     }
     case Command::Delete:

@@ -1,6 +1,8 @@
 // The instruction file of an upgrade: one command a line, "COMMAND,file name,target folder". GUI thread.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QString>
 
 #include <vector>
@@ -13,7 +15,7 @@ struct Step
 {
     Command command;
     QString fileName;
-    QString folder; // a unit path
+    UnitPath folder;
 
     bool operator==(const Step &) const = default;
 };
@@ -25,6 +27,6 @@ std::vector<Step> read(const QByteArray &text);
 
 // Carries one step out, with files taken from `workFolder`. False when it could not, or when its target lies
 // outside the unit's root, links followed: then nothing was changed. A missing source leaves the target.
-bool carryOut(const Step &step, const QString &workFolder);
+bool carryOut(const Step &step, const UnitPath &workFolder);
 
 } // namespace upgradesteps

@@ -13,14 +13,14 @@ constexpr qint64 kLargestFile = 64LL * 1024;
 
 namespace imagerconfigurationfile {
 
-QString path()
+UnitPath path()
 {
-    return QStringLiteral("/home/root/tubix4_app/systemimagerconfiguration.txt");
+    return u"/home/root/tubix4_app/systemimagerconfiguration.txt"_unit;
 }
 
-QString trigger()
+UnitPath trigger()
 {
-    return QStringLiteral("/media/mmcblk1p1/DCIM/__IMAGERCONFIG__");
+    return u"/media/mmcblk1p1/DCIM/__IMAGERCONFIG__"_unit;
 }
 
 bool exists()

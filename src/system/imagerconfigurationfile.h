@@ -1,15 +1,16 @@
 // The service file that names the fitted reel and tells whether a mini module is present.
 #pragma once
 
+#include "platform/unit.h"
 #include "settings/systemsettings.h"
 
 #include <QByteArray>
 
 namespace imagerconfigurationfile {
 
-// Its name, and the file on the card that asks for its dialog (unit paths).
-QString path();
-QString trigger();
+// Its name, and the file on the card that asks for its dialog.
+UnitPath path();
+UnitPath trigger();
 
 bool exists();
 bool isAskedFor(); // the trigger lies on the card

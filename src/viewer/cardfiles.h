@@ -2,6 +2,8 @@
 // base folder; nothing outside it is found, whatever a link says. Any thread.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -10,9 +12,9 @@
 
 namespace viewer {
 
-inline const QString kCardMountPoint = QStringLiteral("/media/mmcblk1p1");
-inline const QString kCardDevice = QStringLiteral("/dev/mmcblk1p1");
-inline const QString kBaseFolder = QStringLiteral("/media/mmcblk1p1/DCIM/100TUBIX");
+inline const UnitPath kCardMountPoint = u"/media/mmcblk1p1"_unit;
+inline const UnitPath kCardDevice = u"/dev/mmcblk1p1"_unit;
+inline const UnitPath kBaseFolder = u"/media/mmcblk1p1/DCIM/100TUBIX"_unit;
 
 // A file that is opened for each read and closed again: between two reads nothing keeps the card busy.
 class CardFile

@@ -127,11 +127,11 @@ int main(int argc, char **argv)
     const viewer::Settings settings = viewer::readSettings();
     if (!settings.wrongLine.isEmpty()) {
         std::fprintf(stderr, "tubix4-viewer: %s is not understood: '%s'\n",
-                     qUtf8Printable(viewer::kSettingsFile), qUtf8Printable(settings.wrongLine));
+                     qUtf8Printable(viewer::kSettingsFile.text()), qUtf8Printable(settings.wrongLine));
         return kWrongUse;
     }
     if (!settings.isOn) {
-        std::printf("viewer: off, see %s\n", qUtf8Printable(viewer::kSettingsFile));
+        std::printf("viewer: off, see %s\n", qUtf8Printable(viewer::kSettingsFile.text()));
         return 0;
     }
     sigset_t ends;

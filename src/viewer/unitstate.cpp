@@ -14,9 +14,9 @@
 
 namespace {
 
-const QString kUnitSettings = QStringLiteral("/home/root/tubix4_app/globlsystemsettings_default.xml");
+const UnitPath kUnitSettings = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_unit;
 constexpr qint64 kLargestFile = 1024 * 1024;
-const QString kUsbState = QStringLiteral("/sys/class/extcon/ci_hdrc.0/state");
+const UnitPath kUsbState = u"/sys/class/extcon/ci_hdrc.0/state"_unit;
 constexpr int kUsbHostIndex = 28; // the host cable's value in the board's extcon text
 
 quint32 addressIn(const sockaddr *address)

@@ -1,12 +1,14 @@
 // What the owner wrote into /etc/default/tubix4-viewer.
 #pragma once
 
+#include "platform/unit.h"
+
 #include <QByteArray>
 #include <QString>
 
 namespace viewer {
 
-inline const QString kSettingsFile = QStringLiteral("/etc/default/tubix4-viewer");
+inline const UnitPath kSettingsFile = u"/etc/default/tubix4-viewer"_unit;
 
 struct Settings
 {

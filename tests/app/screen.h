@@ -125,9 +125,9 @@ public:
 
     static _GlobalSystemSettings &settings() { return params::getInstance()->getParams(); }
 
-    QString logFile(const QString &extension) const
+    UnitPath logFile(const QString &extension) const
     {
-        return inCurrentFolder(g_SavedFSInfo.currRootDirectory.section(QLatin1Char('/'), -1) + extension);
+        return inCurrentFolder(g_SavedFSInfo.currRootDirectory.name() + extension);
     }
     QByteArray log(const char *extension = ".txt") const
     {

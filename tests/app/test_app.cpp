@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kBrightness = u"/sys/class/backlight/extledcontrol.27/brightness"_s;
+const UnitPath kBrightness = u"/sys/class/backlight/extledcontrol.27/brightness"_unit;
 
 constexpr QPoint kZoomPlus(40, 189);
 
@@ -166,7 +166,7 @@ private slots:
         screen.touch(kZoomPlus); // zoomed: the live picture has to come back as it was
         screen.startFilm();
         QVERIFY(!screen.button("btn_menu_Tools")->isEnabled());
-        const QString film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        const HostPath film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
         screen.waitForFilmAt("00:00:02");
         QTRY_VERIFY(QFileInfo(film).size() > 0);
         QVERIFY(!g_gst_Pipeline.videocrop);

@@ -45,7 +45,7 @@ struct Editor : Screen
         ground.save(unit::path(inCurrentFolder(u"TUBX0001.jpg"_s)));
         static const QByteArray film = output(
             "ffmpeg -v error -f lavfi -i color=gray:size=720x576:rate=25:duration=1 -c:v mjpeg -f avi -", {});
-        const QString name = inCurrentFolder(u"TUBX0002.avi"_s);
+        const UnitPath name = inCurrentFolder(u"TUBX0002.avi"_s);
         folder.put(name, film);
         QFile file(unit::path(name));
         if (file.open(QIODevice::ReadWrite))

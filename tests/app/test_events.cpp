@@ -48,7 +48,7 @@ QStringList openOnCard()
     for (const QFileInfo &entry : QDir(u"/proc/self/fd"_s).entryInfoList(QDir::Files | QDir::System)) {
         const QString target = entry.symLinkTarget();
         if (target.startsWith(unit::path(kCardMountPoint)) ||
-            target.startsWith(unit::path(u"/.simulator/card"_s)))
+            target.startsWith(unit::path(u"/.simulator/card"_unit)))
             files << target;
     }
     return files;
@@ -93,7 +93,7 @@ void captureWorks(Screen &screen)
 
 void appendToLog(const QByteArray &text)
 {
-    QFile log(unit::path(u"/var/log/messages"_s));
+    QFile log(unit::path(u"/var/log/messages"_unit));
     QVERIFY(log.open(QIODevice::Append));
     log.write(text);
 }
@@ -180,7 +180,7 @@ private slots:
         screen.waitForCard();
         screen.touch(40, 485);
         appendToLog("mmc1: card b368 removed\n");
-        screen.window.onLogfileChanged(unit::path(u"/var/log/messages"_s));
+        screen.window.onLogfileChanged(unit::path(u"/var/log/messages"_unit));
         QVERIFY(shownButtons(screen) == CardButtons{});
         QCOMPARE(screen.window.mainState(), eStateCaptureWindowEntry);
         QTRY_COMPARE(screen.window.mainState(), eStateLive);
@@ -208,7 +208,7 @@ private slots:
     {
         Screen screen;
         screen.waitForCard();
-        const QString log = unit::path(u"/var/log/messages"_s);
+        const QString log = unit::path(u"/var/log/messages"_unit);
         QVERIFY(QFile::rename(log, log + u".0"_s));
         screen.folder.put(u"/var/log/messages"_s, "rotated\n");
         QTRY_COMPARE(Screen::settings().lastMessageLogLocation, quint64(8));
@@ -256,7 +256,7 @@ private slots:
         QCOMPARE(screen.events().filter(u"2,Shutdown power switch pressed"_s).size(), 1);
         QVERIFY(screen.log().contains("--| TUBX0001.avi"));
         QVERIFY(openOnCard().isEmpty());
-        const QString film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        const HostPath film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
         QVERIFY(duration(film, "v:0") > 0.8);
         QCOMPARE(faultsOf(film), QByteArray());
     }
@@ -295,9 +295,10 @@ private slots:
         Screen screen;
         screen.waitForCard();
         screen.folder.put(u"/tmp/tubix4_update.txt"_s, "MKDIR,,/home/root/newdir\n");
-        const QString archive = kDcimFolder + u"/TUBIX4UPDT504"_s;
-        QCOMPARE(output("tar -C %1 -cf %2 tubix4_update.txt", {unit::path(u"/tmp"_s), unit::path(archive)}),
-                 QByteArray());
+        const UnitPath archive = kDcimFolder / u"TUBIX4UPDT504"_s;
+        QCOMPARE(
+            output("tar -C %1 -cf %2 tubix4_update.txt", {unit::path(u"/tmp"_unit), unit::path(archive)}),
+            QByteArray());
         screen.removeCard();
         bool asked = false;
         whenOpen([&](QDialog *box) {

@@ -54,7 +54,8 @@ private slots:
         ::kill(pid_t(program.processId()), SIGKILL);
         QVERIFY(program.waitForFinished());
         const QString film = firstFilmBelow(place.path());
-        QVERIFY(avirepair::isCutOff(film));
+        unit::setRoot(u"/"_s);
+        QVERIFY(avirepair::isCutOff(onHost(film)));
 
         again.setProcessEnvironment(environment);
         again.start(QStringLiteral(TUBIX_BINARY), {u"--root"_s, film.section(u"/media/"_s, 0, 0)});
@@ -63,7 +64,7 @@ private slots:
         again.terminate();
         QVERIFY(again.waitForFinished());
 
-        QVERIFY(!avirepair::isCutOff(film));
+        QVERIFY(!avirepair::isCutOff(onHost(film)));
         const double pictures = duration(film, "v:0");
         QVERIFY2(pictures > 1, qPrintable(QString::number(pictures)));
         QVERIFY(std::abs(duration(film, "a:0") - pictures) < 1); // what was on its way is lost
@@ -75,8 +76,8 @@ private slots:
         Screen screen;
         filmlimit::setForTests(800000);
         screen.startFilm();
-        const QString first = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
-        const QString second = unit::path(inCurrentFolder(u"TUBX0002.avi"_s));
+        const HostPath first = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        const HostPath second = unit::path(inCurrentFolder(u"TUBX0002.avi"_s));
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(second).size() > 0, 60000);
         filmlimit::setForTests(0);
         QVERIFY(!screen.button("btn_menu_Tools")->isEnabled());
@@ -87,7 +88,7 @@ private slots:
         const QByteArray log = screen.log();
         for (const char *number : {"1", "2"}) {
             const QString name = u"TUBX000"_s + QLatin1String(number);
-            const QString film = unit::path(inCurrentFolder(name + u".avi"_s));
+            const HostPath film = unit::path(inCurrentFolder(name + u".avi"_s));
             QVERIFY(!avirepair::isCutOff(film) && duration(film, "v:0") > 0.5);
             QVERIFY(exists(inCurrentFolder(u".thumbs/"_s + name + u".jpg"_s)));
             for (const char *sign : {"|-- ", "--| "}) {
@@ -96,7 +97,7 @@ private slots:
                 row = next;
             }
         }
-        const QString thumbnail = unit::path(inCurrentFolder(u".thumbs/TUBX0002.jpg"_s));
+        const HostPath thumbnail = unit::path(inCurrentFolder(u".thumbs/TUBX0002.jpg"_s));
         QVERIFY(QFile::resize(thumbnail, 0)); // a card pulled too soon
         screen.removeCard();
         screen.insertCard();
@@ -115,7 +116,7 @@ private slots:
         const bool isFull = event.last() == u"full"_s;
         Screen screen;
         screen.startFilm();
-        const QString film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
+        const HostPath film = unit::path(inCurrentFolder(u"TUBX0001.avi"_s));
         screen.waitForFilmAt("00:00:02");
         bool told = false;
         if (isFull) {
@@ -163,7 +164,7 @@ private slots:
 int main(int argc, char **argv)
 {
     if (argc == 3 && qstrcmp(argv[1], kRepairOnly) == 0)
-        return avirepair::repair(QFile::decodeName(argv[2])) ? 0 : 1;
+        return avirepair::repair(onHost(QFile::decodeName(argv[2]))) ? 0 : 1;
     if (argc == 2 && qstrcmp(argv[1], kRecordOnly) == 0) {
         const TestUnit folder;
         params::resetForTests();

@@ -105,7 +105,7 @@ public:
 
 private:
     // Only what lies below /dev is taken for a keyboard.
-    static QString keys() { return u"/dev/.."_s + unit::path(u"/dev/keys"_s); }
+    static QString keys() { return u"/dev/.."_s + unit::path(u"/dev/keys"_unit); }
 
     QByteArray m_output;
 };
@@ -160,7 +160,7 @@ private slots:
     void itStopsBeatingWhileTheLoopStands()
     {
         const TestUnit folder;
-        const QByteArray name = QFile::encodeName(unit::path(u"/run/notify"_s));
+        const QByteArray name = unit::path(u"/run/notify"_unit).encoded();
         Manager manager(name);
         Program program(name);
         QTRY_VERIFY_WITH_TIMEOUT(manager.heard().contains("READY=1"), kPatience);
@@ -170,7 +170,7 @@ private slots:
         folder.put(u"/usr/bin/rmmod"_s, "#!/bin/sh\nroot=${0%/usr/bin/*}\n: >\"$root/tmp/hangs\"\n"
                                         "while [ ! -e \"$root/tmp/go\" ]; do /bin/sleep 0.1; done\n");
         folder.control({u"card"_s, u"remove"_s});
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(unit::path(u"/tmp/hangs"_s)), kPatience);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(unit::path(u"/tmp/hangs"_unit)), kPatience);
         QTRY_VERIFY_WITH_TIMEOUT(manager.isQuiet(), kPatience);
         const qsizetype before = manager.beats();
         folder.put(u"/tmp/go"_s, {});

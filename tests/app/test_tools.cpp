@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kSettingsFile = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_s;
+const UnitPath kSettingsFile = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_unit;
 
 void openTools(Screen &screen)
 {
@@ -184,7 +184,7 @@ private slots:
             touchIn(explorer, u"btn_Confirm"_s);
         });
         screen.touch(401, 404);
-        QCOMPARE(g_SavedFSInfo.currRootDirectory, kBaseFolder + u"/Кирова 5 東"_s);
+        QCOMPARE(g_SavedFSInfo.currRootDirectory, kBaseFolder / u"Кирова 5 東"_s);
         leaveTools(screen);
         QCOMPARE(screen.text("lbl_CurrentFilenameandPath"), u"/100TUBIX/Кирова 5 東"_s.right(18));
         QVERIFY(screen.events().contains(u"41,Folder options button clicked"_s));
@@ -198,7 +198,7 @@ private slots:
         Screen screen;
         screen.waitForCard();
         screen.touch(40, 485);
-        const QString still = inCurrentFolder(u"TUBX0001.jpg"_s);
+        const UnitPath still = inCurrentFolder(u"TUBX0001.jpg"_s);
         QTRY_VERIFY(screen.button("btn_menu_Tools")->isEnabled()); // the pop-up is over
         openTools(screen);
         for (const bool confirmed : {false, true}) {
@@ -242,7 +242,7 @@ private slots:
         for (const eLanguages language :
              {eSwedish, eTurkish}) { // which has none, and the question is no event
             Screen::settings().LanguageIdx = language;
-            const QString file = damageCatelogFile(languageAbbreviation(language));
+            const UnitPath file = damageCatelogFile(languageAbbreviation(language));
             const QByteArray factory = screen.folder.content(file);
             screen.folder.put(file, "mine\n");
             whenOpen([](QDialog *dialog) { touchIn(dialog, u"btn_Confirm"_s); });
@@ -278,7 +278,7 @@ private slots:
     void theHeadFileIsAskedForOnceAndOnceMore()
     {
         Screen screen;
-        const QString file = u"/home/root/tubix4_app/systemimagerconfiguration.txt"_s;
+        const UnitPath file = u"/home/root/tubix4_app/systemimagerconfiguration.txt"_unit;
         QVERIFY(QFile::remove(unit::path(file)));
         whenOpen([](QDialog *dialog) {
             dialog->findChild<QAbstractButton *>(u"radioButton_30m"_s)->click();
@@ -292,7 +292,7 @@ private slots:
         QVERIFY(QFile::remove(unit::path(file)));
         QVERIFY(QDir().mkpath(unit::path(file)));
         QVERIFY(QDir().mkpath(unit::path(kDcimFolder)));
-        screen.folder.put(kDcimFolder + u"/__IMAGERCONFIG__"_s, {});
+        screen.folder.put(kDcimFolder / u"__IMAGERCONFIG__"_s, {});
         int dialogs = 0;
         const auto close = [&](QDialog *dialog) {
             touchIn(dialog, u"pushButton"_s);

@@ -82,7 +82,7 @@ private slots:
         QVERIFY(screen.log(".html").contains("TUBX0001.jpg"));
         QTRY_VERIFY(screen.button("btn_menu_zoom_plus")->isEnabled());
         // The mount goes, without a word: what is left is a folder of the unit's own.
-        QProcess::execute(unit::path(u"/usr/bin/umount"_s), {u"/media/mmcblk1p1"_s});
+        QProcess::execute(unit::path(u"/usr/bin/umount"_unit), {u"/media/mmcblk1p1"_s});
         const Boxes boxes(screen.window);
         screen.touch(40, 485);
         QTRY_COMPARE(boxes.count(), 1);
@@ -90,7 +90,7 @@ private slots:
         screen.touch(40, 485);
         QTRY_COMPARE(boxes.count(), 2);
         QCOMPARE(screen.window.mainState(), eStateLive);
-        QVERIFY(QDir(unit::path(u"/media/mmcblk1p1"_s)).isEmpty());
+        QVERIFY(QDir(unit::path(u"/media/mmcblk1p1"_unit)).isEmpty());
         QCOMPARE(int(g_SavedFSInfo.currDCIMIndex), 2);
     }
 

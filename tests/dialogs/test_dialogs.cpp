@@ -59,7 +59,7 @@ public:
     keyboardWidget dialog;
 };
 
-const QString kCatalog = u"/home/root/tubix4_app/damagecatelog/damagecat_en.txt"_s;
+const UnitPath kCatalog = u"/home/root/tubix4_app/damagecatelog/damagecat_en.txt"_unit;
 
 QStringList shown(const DamageCatelog &catalog)
 {
@@ -222,7 +222,7 @@ private slots:
             QString entry;
             QByteArray after;
         };
-        const TestUnit folder({QFileInfo(kCatalog).path()});
+        const TestUnit folder({kCatalog.parent()});
         for (const auto &[before, entry, after] : {Row{"", u"Crack"_s, "Crack\n"}, // into no file
                                                    {"Crack \n", u"  Wurzeln \t"_s, "Crack \nWurzeln\n"},
                                                    {"Crack", u"Вода"_s, "CrackВода\n"},
@@ -257,7 +257,7 @@ private slots:
 
     void theUserWritesTheCatalog()
     {
-        const TestUnit folder({QFileInfo(kCatalog).path()});
+        const TestUnit folder({kCatalog.parent()});
         params::resetForTests();
         DamageCatelog catalog(nullptr);
         catalog.init();
@@ -289,7 +289,7 @@ private slots:
 
     void anAbandonedCatalogTakesItsDialogsAlong()
     {
-        const TestUnit folder({QFileInfo(kCatalog).path()});
+        const TestUnit folder({kCatalog.parent()});
         params::resetForTests();
         folder.put(kCatalog, "a\nb\n");
         for (const QString &button : {u"btn_DamageCatelog_AddItem"_s, u"btn_DamageCatelog_DeleteItem"_s}) {

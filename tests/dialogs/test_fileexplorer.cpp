@@ -15,9 +15,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString below(const QString &name)
+UnitPath below(const QString &name)
 {
-    return kBaseFolder + u'/' + name;
+    return kBaseFolder / name;
 }
 
 } // namespace
@@ -87,7 +87,7 @@ private slots:
     void onlyInspectionFoldersAreShownAndOnlyTheyChange()
     {
         Explorer explorer({u"Кирова 5"_s, u"東京 下水道"_s});
-        QDir().mkpath(unit::path(kDcimFolder + u"/101OTHER"_s));
+        QDir().mkpath(unit::path(kDcimFolder / u"101OTHER"_s));
         QTRY_COMPARE(explorer.rows(), (QStringList{u"100TUBIX"_s, u"Main Street"_s, u"Other"_s, u"Кирова 5"_s,
                                                    u"東京 下水道"_s, u"101OTHER"_s}));
         for (const auto &[name, changes] :
@@ -102,7 +102,8 @@ private slots:
     {
         struct Row
         {
-            QString touched, button, chosen;
+            QString touched, button;
+            UnitPath chosen;
         };
         for (const auto &[touched, button, chosen] : {Row{u"Other"_s, u"Confirm"_s, below(u"Other"_s)},
                                                       {u"100TUBIX"_s, u"Confirm"_s, folderOfTheDay()},
@@ -110,13 +111,13 @@ private slots:
                                                       {{}, u"Confirm"_s, below(u"Main Street"_s)},
                                                       {u"Other"_s, u"Cancel"_s, below(u"Main Street"_s)}}) {
             Explorer explorer;
-            QDir().mkpath(unit::path(kDcimFolder + u"/101OTHER"_s));
+            QDir().mkpath(unit::path(kDcimFolder / u"101OTHER"_s));
             if (!touched.isEmpty())
                 explorer.touchFolder(touched);
             explorer.touch(button);
             QVERIFY(!explorer.dialog->isVisible());
             QCOMPARE(explorer.dialog->returnableText, chosen);
-            QVERIFY(exists(explorer.dialog->returnableText + u"/.html_assets"_s));
+            QVERIFY(exists(explorer.dialog->returnableText / u".html_assets"_s));
         }
     }
 
@@ -140,10 +141,10 @@ private slots:
         const QByteArray page = explorer.folder.content(below(u"Main Street/Main Street.html"_s));
         explorer.touchFolder(u"Main Street"_s);
         explorer.touchAndType(u"RenameFolder"_s, u"50% München %1"_s);
-        const QString renamed = below(u"50% München %1"_s);
+        const UnitPath renamed = below(u"50% München %1"_s);
         QVERIFY(!exists(below(u"Main Street"_s)));
-        QCOMPARE(explorer.folder.content(renamed + u"/50% München %1.html"_s), page);
-        QCOMPARE(explorer.folder.content(renamed + u"/50% München %1.txt"_s), QByteArray("001.00  a line\n"));
+        QCOMPARE(explorer.folder.content(renamed / u"50% München %1.html"_s), page);
+        QCOMPARE(explorer.folder.content(renamed / u"50% München %1.txt"_s), QByteArray("001.00  a line\n"));
         QVERIFY(!explorer.button(u"DeleteFolder"_s)->isEnabled());
         explorer.touch(u"Cancel"_s); // the current folder went along
         QCOMPARE(explorer.dialog->returnableText, renamed);

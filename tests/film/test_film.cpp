@@ -198,9 +198,9 @@ class TestFilm : public HeardTest
             QVERIFY(file.open(QIODevice::ReadWrite));
             QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
         }
-        QVERIFY(avirepair::isCutOff(m_path));
+        QVERIFY(avirepair::isCutOff(onHost(m_path)));
         takeSyncs();
-        QVERIFY(avirepair::repair(m_path));
+        QVERIFY(avirepair::repair(onHost(m_path)));
         QVERIFY(takeSyncs().size() >= 3); // packets, headers, and the first size at the very end
         QCOMPARE(QFileInfo(m_path).lastModified(), modified);
 
@@ -216,8 +216,8 @@ class TestFilm : public HeardTest
         QVERIFY(std::abs(seekTo(m_path, 1.0) - 1.0) < 0.1);
 
         const QByteArray repaired = content(m_path);
-        QVERIFY(!avirepair::isCutOff(m_path));
-        QVERIFY(!avirepair::repair(m_path));
+        QVERIFY(!avirepair::isCutOff(onHost(m_path)));
+        QVERIFY(!avirepair::repair(onHost(m_path)));
         QCOMPARE(content(m_path), repaired);
     }
 
@@ -283,8 +283,8 @@ private slots:
         const QString film = folder.filePath(u"long.avi"_s);
         record(film, true, false);
         QVERIFY(QFile::resize(film, qint64(3) << 30)); // sparse
-        QVERIFY(!avirepair::repair(film));             // more behind it than a tear
-        QVERIFY(!firstFrameOfFilm(film).isNull());
+        QVERIFY(!avirepair::repair(onHost(film)));     // more behind it than a tear
+        QVERIFY(!firstFrameOfFilm(onHost(film)).isNull());
         QVERIFY(seekTo(film, 2) > 1.9);
     }
 
@@ -303,10 +303,10 @@ private slots:
               film.bytes.first(packets), film.bytes.first(packets) + QByteArray(5000, '\xff'), noPictures,
               endless, film.bytes + QByteArray(65 * 1024 * 1024, 'x')}) {
             put(m_path, bytes);
-            QVERIFY(!avirepair::repair(m_path));
+            QVERIFY(!avirepair::repair(onHost(m_path)));
             QVERIFY(content(m_path) == bytes);
         }
-        QVERIFY(!avirepair::isCutOff(m_folder.filePath(u"none.avi"_s)));
+        QVERIFY(!avirepair::isCutOff(onHost(m_folder.filePath(u"none.avi"_s))));
     }
 
     void aPictureIsReadOnlyWhenTheUnitCanAffordIt_data()
@@ -332,8 +332,8 @@ private slots:
         QFETCH(const bool, isRead);
         put(m_path, bytes);
         constexpr QSize box(1440, 1200);
-        const QImage large = readPicture(m_path, box);
-        const QImage small = readSmallPicture(m_path, 128);
+        const QImage large = readPicture(onHost(m_path), box);
+        const QImage small = readSmallPicture(onHost(m_path), 128);
         QCOMPARE(!large.isNull(), isRead);
         QCOMPARE(!small.isNull(), isRead);
         QVERIFY(large.width() <= box.width() && large.height() <= box.height());
@@ -345,7 +345,7 @@ private slots:
         QCOMPARE(
             output("ffmpeg -v error -y -f lavfi -i color=s=5000x4000 -frames:v 1 -c:v mjpeg %1", {m_path}),
             QByteArray());
-        QVERIFY(firstFrameOfFilm(m_path).isNull());
+        QVERIFY(firstFrameOfFilm(onHost(m_path)).isNull());
     }
 };
 

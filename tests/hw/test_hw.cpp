@@ -14,7 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kDecoder = u"/sys/devices/soc0/soc.1/2100000.aips-bus/21a8000.i2c/i2c-2/2-0020/adv7180_reg"_s;
+const UnitPath kDecoder =
+    u"/sys/devices/soc0/soc.1/2100000.aips-bus/21a8000.i2c/i2c-2/2-0020/adv7180_reg"_unit;
 
 // What went to a bus that is no plain file, and what the slave answers.
 struct Bus
@@ -60,8 +61,8 @@ private slots:
         folder.put(u"/dev/i2c-4"_s, "\x01\x61"); // answers for two registers alone
         QCOMPARE(i2c_read(kEncoderBoardAddress, twiFWVersion), 0x61);
         QCOMPARE(i2c_read(kEncoderBoardAddress, twiCable60Meter), -128);
-        QFile::remove(unit::path(u"/dev/i2c-4"_s));
-        QDir().mkpath(unit::path(u"/dev/i2c-4"_s)); // opens, but is no bus
+        QFile::remove(unit::path(u"/dev/i2c-4"_unit));
+        QDir().mkpath(unit::path(u"/dev/i2c-4"_unit)); // opens, but is no bus
         QCOMPARE(i2c_read(kEncoderBoardAddress, twiFWVersion), -1);
     }
 
@@ -69,7 +70,7 @@ private slots:
     void aRealBusIsAskedInTheKernelsWords()
     {
         const TestUnit folder({u"/dev/i2c"_s}); // the bus's other name comes first
-        QVERIFY(QFile::link(u"/dev/null"_s, unit::path(u"/dev/i2c/4"_s)));
+        QVERIFY(QFile::link(u"/dev/null"_s, unit::path(u"/dev/i2c/4"_unit)));
         QCOMPARE(i2c_write(kEncoderBoardAddress, twiMeterCountAlgorithm, 2), 0);
         QCOMPARE(i2c_read(kEncoderBoardAddress, twiFWVersion), 2);
         const decltype(g_bus.requests) expected = {
@@ -79,7 +80,7 @@ private slots:
 
     void theDecoderIsReadInAnyBase()
     {
-        const TestUnit folder({kDecoder.section(u'/', 0, -2)});
+        const TestUnit folder({kDecoder.parent()});
         QCOMPARE(int(getADV7180Status()), 0);
         folder.put(kDecoder, "0x45\n");
         QCOMPARE(int(getADV7180Status()), 0x45);

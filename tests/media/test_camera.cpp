@@ -22,7 +22,7 @@ public:
         m_pipeline = gst_parse_launch(
             qPrintable(
                 u"pipecamera device=\"%1\" ! videoconvert ! video/x-raw,format=RGB ! appsink name=sink "
-                "max-buffers=1 drop=true"_s.arg(unit::path(u"/dev/video0"_s))),
+                "max-buffers=1 drop=true"_s.arg(unit::path(u"/dev/video0"_unit))),
             nullptr);
         m_sink = GST_APP_SINK(gst_bin_get_by_name(GST_BIN(m_pipeline), "sink"));
         gst_element_set_state(m_pipeline, GST_STATE_PLAYING);

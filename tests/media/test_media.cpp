@@ -139,15 +139,15 @@ private slots:
         useCamera(m_folder, "\"videotestsrc is-live=true ! video/x-raw,framerate=25/1,format=" + camera + '"',
                   "speaker=fakesink sync=true\n");
         gst_EnableAudioRecording(0);
-        const QString film = unit::path(u"/film.avi"_s);
+        const HostPath film = unit::path(u"/film.avi"_unit);
         QFile::remove(film);
         const int before = nBuffers;
-        gst_StartRecordingAVIFile(film.toUtf8().constData(), int(film.toUtf8().size()));
+        gst_StartRecordingAVIFile(film.encoded().constData(), int(film.encoded().size()));
         QTRY_VERIFY_WITH_TIMEOUT(nBuffers > before + 10, 20000);
         const QList<int> screen = barsOnScreen();
         gst_EndVideoInputPipeline();
         QVERIFY(largestDifference(barsInFilm(film), screen) <= 8);
-        gst_VideoPlayback(film.toUtf8().constData(), 0);
+        gst_VideoPlayback(film.encoded().constData(), 0);
         QTRY_VERIFY(g_FilmFrameReady);
         QVERIFY(largestDifference(barsOnScreen(), screen) <= 8);
         gst_StopVideoFilePipeline();
@@ -174,7 +174,7 @@ private slots:
         gst_EnableAudioRecording(0);
         g_terminate = false;
         gst_VideoInputPipeline(0);
-        const QByteArray nowhere = unit::path(u"/none/film.avi"_s).toUtf8();
+        const QByteArray nowhere = unit::path(u"/none/film.avi"_unit).encoded();
         gst_StartRecordingAVIFile(nowhere.constData(), int(nowhere.size()));
         QTRY_COMPARE(g_gst_VideoPipelineMode, eGSTStateVideoRecordError);
         // The live layout comes back by itself within the limit; the mark stays for whoever ends the

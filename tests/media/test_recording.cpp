@@ -89,7 +89,7 @@ public:
                   "video/x-raw,format=I420,width=720,height=576,framerate=25/1\"",
                   "microphone=" + microphone + '\n');
         gst_EnableAudioRecording(1);
-        const QByteArray path = film.toUtf8();
+        const QByteArray path = film.encoded();
         gst_StartRecordingAVIFile(path.constData(), int(path.size()));
     }
     ~Recording() { gst_EndVideoInputPipeline(); } // also when a check ends the test
@@ -98,7 +98,7 @@ private:
     const TestUnit m_folder{{u"/home/root/tubix4_app"_s}};
 
 public:
-    const QString film = unit::path(u"/film.avi"_s);
+    const HostPath film = unit::path(u"/film.avi"_unit);
 };
 
 // Sound packets, and those that are freed.

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kFile = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_s;
+const UnitPath kFile = u"/home/root/tubix4_app/globlsystemsettings_default.xml"_unit;
 
 QByteArray wrapped(const QByteArray &inside)
 {
@@ -178,8 +178,8 @@ private slots:
         const TestUnit folder({u"/etc"_s});
         const QByteArray before = "# key 580294613\nssid=caf\xe9\nwpa_passphrase=580294613\nx=1";
         folder.put(u"/etc/ap.conf"_s, before);
-        QFile::link(u"ap.conf"_s, unit::path(u"/etc/hostapd.conf"_s));
-        ::chmod(unit::path(u"/etc/hostapd.conf"_s).toLocal8Bit().constData(), 0600);
+        QFile::link(u"ap.conf"_s, unit::path(u"/etc/hostapd.conf"_unit));
+        ::chmod(unit::path(u"/etc/hostapd.conf"_unit).encoded().constData(), 0600);
         params::resetForTests();
         params *settings = params::getInstance();
         settings->SetWIFIHotspotPW(u"580294613"_s, u"a\nmac_acl=1"_s);
@@ -192,9 +192,9 @@ private slots:
                  QByteArray(before).replace("580294613", u"Ünit-1"_s.toUtf8()));
         QCOMPARE(settings->getParams().WIFIHotSpotPW, u"Ünit-1"_s);
         struct stat info = {};
-        QCOMPARE(::stat(unit::path(u"/etc/hostapd.conf"_s).toLocal8Bit().constData(), &info), 0);
+        QCOMPARE(::stat(unit::path(u"/etc/hostapd.conf"_unit).encoded().constData(), &info), 0);
         QCOMPARE(info.st_mode & 07777, 0600u);
-        QVERIFY(QFileInfo(unit::path(u"/etc/hostapd.conf"_s)).isSymLink());
+        QVERIFY(QFileInfo(unit::path(u"/etc/hostapd.conf"_unit)).isSymLink());
     }
 };
 

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kFolder = u"/card"_s;
+const UnitPath kFolder = u"/card"_unit;
 
 } // namespace
 
@@ -36,11 +36,11 @@ private slots:
         const auto renamed = [&](const QString &file, const QString &name, bool withNote) {
             const TestUnit folder({kFolder});
             for (const QString &each : as)
-                folder.put(kFolder + u'/' + each, each.toUtf8());
+                folder.put(kFolder / each, each.toUtf8());
             capturefiles::rename(kFolder, file, name, withNote);
             QStringList moved; // what each file that is not where it was was called
             for (const QString &each : QDir(unit::path(kFolder)).entryList(QDir::Files, QDir::Name)) {
-                const QString was = QString::fromUtf8(folder.content(kFolder + u'/' + each));
+                const QString was = QString::fromUtf8(folder.content(kFolder / each));
                 if (was != each)
                     moved << was + u' ' + each;
             }
@@ -57,13 +57,13 @@ private slots:
 
     void aFilmLeavesThePicturesNoteAlone()
     {
-        const TestUnit folder({kFolder + u"/.thumbs"_s});
+        const TestUnit folder({kFolder / u".thumbs"_s});
         for (const char *each : {"A.avi", "A.jpg", "A.wav", ".thumbs/A.jpg"})
-            folder.put(kFolder + u'/' + QLatin1String(each), each);
+            folder.put(kFolder / QLatin1String(each), each);
         QVERIFY(capturefiles::remove(kFolder, u"A.avi"_s));
         capturefiles::removeNote(kFolder, u"A.avi"_s);
-        QVERIFY(exists(kFolder + u"/A.wav"_s));
-        QVERIFY(!exists(kFolder + u"/.thumbs/A.jpg"_s));
+        QVERIFY(exists(kFolder / u"A.wav"_s));
+        QVERIFY(!exists(kFolder / u".thumbs/A.jpg"_s));
     }
 };
 

@@ -24,15 +24,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kEventLog = u"/home/root/tubix4_app/eventlog.csv"_s;
+const UnitPath kEventLog = u"/home/root/tubix4_app/eventlog.csv"_unit;
 
 // A card with one folder that is the current one.
 class CardWith : public TestUnit
 {
 public:
-    explicit CardWith(const QString &folder) : TestUnit(QStringList{kCardMountPoint})
+    explicit CardWith(const QString &folder) : TestUnit({kCardMountPoint})
     {
-        CreateDCIMStructure(kBaseFolder + u'/' + folder);
+        CreateDCIMStructure(kBaseFolder / folder);
     }
 };
 
@@ -52,7 +52,7 @@ QStringList listing()
     return names;
 }
 
-QString pageOf(const QString &folder)
+UnitPath pageOf(const QString &folder)
 {
     return inCurrentFolder(folder + u".html"_s);
 }
@@ -100,7 +100,7 @@ private slots:
         QVERIFY(isDiskFull()); // no df at all
         const auto withAvailable = [&](const QByteArray &kilobytes) {
             folder.put(u"/usr/bin/df"_s, "#!/bin/sh\necho /dev/mmcblk1p1 9 9 " + kilobytes + " 1% /m\n");
-            QFile::setPermissions(unit::path(u"/usr/bin/df"_s),
+            QFile::setPermissions(unit::path(u"/usr/bin/df"_unit),
                                   QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
             return isDiskFull();
         };
@@ -113,25 +113,25 @@ private slots:
     void theTreeIsMadeOnceAndMadeAgain()
     {
         const TestUnit card({kCardMountPoint});
-        CreateDCIMStructure(QString());
+        CreateDCIMStructure({});
         const QString today = QDate::currentDate().toString(u"ddMMyyyy"_s);
-        QCOMPARE(g_SavedFSInfo.currRootDirectory, kBaseFolder + u'/' + today);
+        QCOMPARE(g_SavedFSInfo.currRootDirectory, kBaseFolder / today);
         QVERIFY(card.content(pageOf(today)).contains("<title>" + today.toUtf8() + ".html</title>"));
         QCOMPARE(QDir(unit::path(inCurrentFolder(u".html_assets"_s))).entryList(QDir::Files).size(), 11);
-        UpdateLogFiles(eImageCapture, 5, inCurrentFolder(u"TUBX0001.jpg"_s), QString());
+        UpdateLogFiles(eImageCapture, 5, u"TUBX0001.jpg"_s, QString());
         const QByteArray page = card.content(pageOf(today));
         removeDir(inCurrentFolder(u".html_assets"_s));
-        CreateDCIMStructure(QString());
+        CreateDCIMStructure({});
         QCOMPARE(card.content(pageOf(today)), page); // the log is not lost with its pictures
         QVERIFY(exists(inCurrentFolder(u".html_assets/style.css"_s)));
         // Taken away at a computer: the page stays away until the card comes back.
         QFile::remove(unit::path(pageOf(today)));
-        CreateDCIMStructure(QString());
+        CreateDCIMStructure({});
         QVERIFY(!exists(pageOf(today)));
         QVERIFY(completeCurrentFolder());
         QVERIFY(card.content(pageOf(today)).contains("<title>" + today.toUtf8() + ".html</title>"));
-        CreateDCIMStructure(kBaseFolder + u"/House"_s);
-        CreateDCIMStructure(kBaseFolder + u"/House/Cellar"_s);
+        CreateDCIMStructure(kBaseFolder / u"House"_s);
+        CreateDCIMStructure(kBaseFolder / u"House/Cellar"_s);
         removeDir(kDcimFolder);
         QVERIFY(completeCurrentFolder());
         QVERIFY(card.content(pageOf(u"Cellar"_s)).contains("<title>Cellar</title>"));
@@ -171,10 +171,10 @@ private slots:
             card.put(inCurrentFolder(name), "x");
             age(name, 0);
         }
-        const QByteArray late = QFile::encodeName(unit::path(inCurrentFolder(u"late.avi"_s)));
+        const QByteArray late = unit::path(inCurrentFolder(u"late.avi"_s)).encoded();
         const std::array<timespec, 2> in2040 = {timespec{2208988800, 0}, timespec{2208988800, 0}};
         QCOMPARE(::utimensat(AT_FDCWD, late.constData(), in2040.data(), 0), 0);
-        const QByteArray large = QFile::encodeName(unit::path(inCurrentFolder(u"long.avi"_s)));
+        const QByteArray large = unit::path(inCurrentFolder(u"long.avi"_s)).encoded();
         QCOMPARE(::truncate(large.constData(), off_t(3) << 30), 0);
         QCOMPARE(listing(), (QStringList{u"long.avi"_s, u"late.avi"_s}));
     }
@@ -183,8 +183,8 @@ private slots:
     {
         const TestUnit card({kCardMountPoint, u"/home/keep"_s});
         card.put(u"/home/keep/file"_s, "x");
-        QDir().mkpath(unit::path(kBaseFolder + u"/a/.b/c"_s));
-        QFile::link(unit::path(u"/home/keep"_s), unit::path(kBaseFolder + u"/a/link"_s));
+        QDir().mkpath(unit::path(kBaseFolder / u"a/.b/c"_s));
+        QFile::link(unit::path(u"/home/keep"_unit), unit::path(kBaseFolder / u"a/link"_s));
         QVERIFY(removeDir(kBaseFolder));
         QVERIFY(!exists(kBaseFolder));
         QCOMPARE(card.content(u"/home/keep/file"_s), QByteArray("x"));
@@ -217,18 +217,18 @@ private slots:
     void aLogFollowsItsPage()
     {
         const CardWith card(u"A & B"_s);
-        const QString page = pageOf(u"A & B"_s);
-        const QString lines = inCurrentFolder(u"A & B.txt"_s);
+        const UnitPath page = pageOf(u"A & B"_s);
+        const UnitPath lines = inCurrentFolder(u"A & B.txt"_s);
         QVERIFY(card.content(page).contains("A &amp; B.html"));
         UpdateLogFiles(eFileRename, 0, QString(), u" a -> b "_s);
         QVERIFY(card.content(page).contains("<td>a -> b</td>\n\t</tr>\n</table>"));
         QVERIFY(card.content(lines).endsWith("[*] a -> b\n"));
         card.put(page, "no table here");
-        UpdateLogFiles(eFileDelete, 0, u"/x/y.jpg"_s, QString());
+        UpdateLogFiles(eFileDelete, 0, u"y.jpg"_s, QString());
         QCOMPARE(card.content(page), QByteArray("no table here"));
         QVERIFY(card.content(lines).endsWith("[X] y.jpg\n"));
         QFile::remove(unit::path(page));
-        UpdateLogFiles(eFileDelete, 0, u"/x/z.jpg"_s, QString());
+        UpdateLogFiles(eFileDelete, 0, u"z.jpg"_s, QString());
         QVERIFY(!card.content(lines).contains("z.jpg"));
     }
 
@@ -236,11 +236,11 @@ private slots:
     void aTornPageIsMended()
     {
         const CardWith card(u"Torn"_s);
-        const QString page = pageOf(u"Torn"_s);
+        const UnitPath page = pageOf(u"Torn"_s);
         const QByteArray empty = card.content(page);
-        UpdateLogFiles(eImageCapture, 100, u"/x/first.jpg"_s, QString());
+        UpdateLogFiles(eImageCapture, 100, u"first.jpg"_s, QString());
         const QByteArray first = card.content(page);
-        UpdateLogFiles(eImageCapture, 200, u"/x/second.jpg"_s, QString());
+        UpdateLogFiles(eImageCapture, 200, u"second.jpg"_s, QString());
         const QByteArray second = card.content(page);
         const QByteArray end = first.mid(first.lastIndexOf("</table>"));
         const auto mended = [&](const QByteArray &torn) {
@@ -256,7 +256,7 @@ private slots:
         const qsizetype table = first.lastIndexOf("</table>");
         for (qsizetype cut = table; cut < first.size(); ++cut)
             QCOMPARE(mended(second.left(cut) + first.mid(cut)), first);
-        const QString lines = inCurrentFolder(u"Torn.txt"_s);
+        const UnitPath lines = inCurrentFolder(u"Torn.txt"_s);
         card.put(page, second);
         const QByteArray text = card.content(lines);
         for (qsizetype cut = text.indexOf('\n') + 1; cut < text.size(); ++cut) {
@@ -290,13 +290,13 @@ private slots:
         QFETCH(const QString, extension);
         QFETCH(const QByteArray, written);
         const CardWith card(u"Remarks"_s);
-        const QString file = inCurrentFolder(u"Remarks"_s + extension);
-        UpdateLogFiles(eImageCapture, 100, u"/x/first.jpg"_s, QString());
+        const UnitPath file = inCurrentFolder(u"Remarks"_s + extension);
+        UpdateLogFiles(eImageCapture, 100, u"first.jpg"_s, QString());
         const QByteArray before = card.content(file) + written;
         card.put(file, before);
         CreateDCIMStructure(g_SavedFSInfo.currRootDirectory);
         QCOMPARE(card.content(file), before);
-        UpdateLogFiles(eImageCapture, 200, u"/x/second.jpg"_s, QString());
+        UpdateLogFiles(eImageCapture, 200, u"second.jpg"_s, QString());
         QByteArray after = card.content(file);
         const qsizetype row = after.indexOf(extension == u".txt" ? "\n002.00" : "\n\t<tr>\n\t  <td>002.00");
         QVERIFY(row > 0);
@@ -307,10 +307,10 @@ private slots:
     void aPageBeyondTwoGibibytesStaysAsItIs()
     {
         const CardWith card(u"Huge"_s);
-        const QByteArray page = QFile::encodeName(unit::path(pageOf(u"Huge"_s)));
+        const QByteArray page = unit::path(pageOf(u"Huge"_s)).encoded();
         QCOMPARE(::truncate(page.constData(), off_t(3) << 30), 0);
         CreateDCIMStructure(g_SavedFSInfo.currRootDirectory);
-        UpdateLogFiles(eImageCapture, 100, u"/x/first.jpg"_s, QString());
+        UpdateLogFiles(eImageCapture, 100, u"first.jpg"_s, QString());
         QCOMPARE(QFileInfo(QFile::decodeName(page)).size(), qint64(3) << 30);
         QVERIFY(card.content(inCurrentFolder(u"Huge.txt"_s)).endsWith("first.jpg\n"));
     }
@@ -331,30 +331,30 @@ private slots:
         QVERIFY(picture.copy(442, 4, 60, 18) != blank.copy(442, 4, 60, 18));
         QCOMPARE(picture.copy(568, 0, 152, 24), blank.copy(568, 0, 152, 24));
         const TestUnit card({kCardMountPoint});
-        QVERIFY(stillpicture::save(picture, u"/media/mmcblk1p1/a.jpg"_s));
-        QCOMPARE(QImage(unit::path(u"/media/mmcblk1p1/a.jpg"_s)).size(), QSize(720, 600));
-        QVERIFY(!stillpicture::save(picture, u"/media/none/a.jpg"_s));
+        QVERIFY(stillpicture::save(picture, u"/media/mmcblk1p1/a.jpg"_unit));
+        QCOMPARE(QImage(unit::path(u"/media/mmcblk1p1/a.jpg"_unit)).size(), QSize(720, 600));
+        QVERIFY(!stillpicture::save(picture, u"/media/none/a.jpg"_unit));
     }
 
     // What the user was told is there stays there when the power goes: each file is synced when it is whole.
     void whatIsWrittenIsOnTheCardAtOnce()
     {
         const CardWith card(u"Street"_s);
-        QDir().mkpath(unit::path(u"/home/root/tubix4_app"_s));
-        const auto synced = [&](const QString &name, const QString &unitPath) {
+        QDir().mkpath(unit::path(u"/home/root/tubix4_app"_unit));
+        const auto synced = [&](const QString &name, const UnitPath &unitPath) {
             return takeSyncs().contains(u"%1 %2"_s.arg(name).arg(card.content(unitPath).size()));
         };
         takeSyncs();
-        const QString still = inCurrentFolder(u"TUBX0001.jpg"_s);
+        const UnitPath still = inCurrentFolder(u"TUBX0001.jpg"_s);
         QImage picture(720, 600, QImage::Format_RGB32);
         picture.fill(Qt::red);
         QVERIFY(stillpicture::save(picture, still));
         QVERIFY(synced(u"TUBX0001.jpg.tubix-new"_s, still)); // and then renamed
-        QVERIFY(savefile::write(u"/home/root/tubix4_app/settings.xml"_s, "settings"));
+        QVERIFY(savefile::write(u"/home/root/tubix4_app/settings.xml"_unit, "settings"));
         // Once more under its name, which stands in the folder with the size.
         QCOMPARE(takeSyncs(),
                  (QStringList{u"settings.xml.tubix-new 8"_s, u"settings.xml 8"_s, u"tubix4_app/"_s}));
-        UpdateLogFiles(eImageCapture, 5, still, QString());
+        UpdateLogFiles(eImageCapture, 5, still.name(), QString());
         const QStringList rows = takeSyncs();
         for (const QString &name : {u"Street.html"_s, u"Street.txt"_s})
             QVERIFY(rows.contains(u"%1 %2"_s.arg(name).arg(card.content(inCurrentFolder(name)).size())));

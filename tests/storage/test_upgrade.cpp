@@ -19,9 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString kApplication = u"/home/root/tubix4_app/tubix4"_s;
-const QString kArchive = u"/media/mmcblk1p1/DCIM/TUBIX4UPDT504.tar"_s;
-const QString kKey = u"/home/root/tubix4_app/upgrade.pub"_s;
+const UnitPath kApplication = u"/home/root/tubix4_app/tubix4"_unit;
+const UnitPath kArchive = u"/media/mmcblk1p1/DCIM/TUBIX4UPDT504.tar"_unit;
+const UnitPath kKey = u"/home/root/tubix4_app/upgrade.pub"_unit;
 
 // One member of a tar archive as any packer, or a hostile one, could write it.
 QByteArray member(const QByteArray &name, const QByteArray &content, char type = '0',
@@ -63,12 +63,12 @@ public:
     // At `place` of the folder: what lies beside it is not the unit's.
     explicit UpgradeUnit(const QString &place = {})
         : TestUnit({place + u"/home/root/tubix4_app"_s, place + u"/usr/bin"_s, place + u"/etc"_s,
-                    place + kDcimFolder})
+                    place + kDcimFolder.text()})
     {
         unit::setRoot(unit::root() + place);
         for (const QString &program : {u"tar"_s, u"openssl"_s})
-            QFile::link(QStandardPaths::findExecutable(program), unit::path(u"/usr/bin/"_s + program));
-        QFile::link(QStandardPaths::findExecutable(u"true"_s), unit::path(u"/usr/bin/sync"_s));
+            QFile::link(QStandardPaths::findExecutable(program), unit::path(u"/usr/bin"_unit / program));
+        QFile::link(QStandardPaths::findExecutable(u"true"_s), unit::path(u"/usr/bin/sync"_unit));
         put(kApplication, "old");
         put(u"/etc/passwd"_s, "root");
         QFile::setPermissions(unit::path(kApplication), QFile::ReadOwner | QFile::WriteOwner);
@@ -95,7 +95,7 @@ public:
             struct stat info = {};
             ::lstat(QFile::encodeName(path).constData(), &info);
             QFile file(path);
-            if (!path.contains(u"/home/root/tmp"_s) && !path.contains(kDcimFolder + u'/'))
+            if (!path.contains(u"/home/root/tmp"_s) && !path.contains(kDcimFolder.text() + u'/'))
                 lines << path.toUtf8() + ' ' + QByteArray::number(info.st_mode, 8) + ' ' +
                              (S_ISREG(info.st_mode) && file.open(QIODevice::ReadOnly) ? file.readAll()
                                                                                       : QByteArray());
@@ -149,9 +149,9 @@ private slots:
     {
         const auto seen = [](const QString &name, const QByteArray &content = "x") {
             const UpgradeUnit folder;
-            folder.put(kDcimFolder + u'/' + name, content);
+            folder.put(kDcimFolder / name, content);
             const bool found = SystemUpgradePresent();
-            return found ? "found" : exists(kDcimFolder + u'/' + name) ? "left" : "deleted";
+            return found ? "found" : exists(kDcimFolder / name) ? "left" : "deleted";
         };
         for (const QString &name : {u"TUBIX4UPDT504"_s, u"my TUBIX4UPDT504.tar"_s})
             QCOMPARE(seen(name), "found");
@@ -166,11 +166,11 @@ private slots:
     {
         const UpgradeUnit folder;
         folder.put(u"/home/root/tubix4_app/gone.txt"_s, "x");
-        QDir().mkdir(unit::path(u"/home/root/emptied"_s));
-        QDir().mkpath(unit::path(u"/home/root/tmp/left/over"_s)); // of an upgrade that was cut off
-        QDir().mkpath(unit::path(u"/made/sub"_s));
+        QDir().mkdir(unit::path(u"/home/root/emptied"_unit));
+        QDir().mkpath(unit::path(u"/home/root/tmp/left/over"_unit)); // of an upgrade that was cut off
+        QDir().mkpath(unit::path(u"/made/sub"_unit));
         folder.put(u"/made/tubix4"_s, "new");
-        QFile::setPermissions(unit::path(u"/made/tubix4"_s), QFile::Permissions(0x5755));
+        QFile::setPermissions(unit::path(u"/made/tubix4"_unit), QFile::Permissions(0x5755));
         folder.put(u"/made/sub/page.txt"_s, "page");
         folder.put(u"/made/tubix4_update.txt"_s,
                    " OVERRIGHT , tubix4 , /home/root/tubix4_app \r\n"
@@ -180,7 +180,8 @@ private slots:
                    "nothing that we know\n"
                    "DELETE,gone.txt,/home/root/tubix4_app\n"
                    "RMDIR,,/home/root/emptied");
-        QCOMPARE(output("tar -C %1 -cf %2 .", {unit::path(u"/made"_s), unit::path(kArchive)}), QByteArray());
+        QCOMPARE(output("tar -C %1 -cf %2 .", {unit::path(u"/made"_unit), unit::path(kArchive)}),
+                 QByteArray());
         QFile running(unit::path(kApplication)); // as the program that is running
         QVERIFY(running.open(QIODevice::ReadOnly));
         QVERIFY(SystemUpgradePresent());
@@ -188,7 +189,7 @@ private slots:
         QCOMPARE(folder.content(kApplication), QByteArray("new"));
         QVERIFY(QFileInfo(unit::path(kApplication)).isExecutable());
         QCOMPARE(running.readAll(), QByteArray("old"));
-        QVERIFY(QFileInfo(unit::path(u"/home/root/newdir"_s)).isDir());
+        QVERIFY(QFileInfo(unit::path(u"/home/root/newdir"_unit)).isDir());
         for (const QString &gone : {u"tubix4_app/gone.txt"_s, u"emptied"_s, u"tmp"_s})
             QVERIFY2(!exists(u"/home/root/"_s + gone), qPrintable(gone));
         QVERIFY(QDir(unit::path(kDcimFolder)).isEmpty());
@@ -264,7 +265,7 @@ private slots:
         const QString host = unit::root().chopped(5);
         QDir().mkpath(host + u"/outside/empty"_s);
         folder.put(u"/../outside/victim"_s, "alive");
-        QFile::link(host + u"/outside"_s, unit::path(u"/link"_s));
+        QFile::link(host + u"/outside"_s, unit::path(u"/link"_unit));
         const QByteArrayList before = UpgradeUnit::pictureOf(host);
         for (const QByteArray &line : lines) {
             folder.insertAndConfirm(
@@ -276,8 +277,8 @@ private slots:
     void onlyASignedArchiveIsTakenWhereThereIsAKey()
     {
         const UpgradeUnit folder;
-        const QString privateKey = unit::path(u"/etc/private.pem"_s);
-        const QString signature = kDcimFolder + u"/upgrade.sig"_s;
+        const QString privateKey = unit::path(u"/etc/private.pem"_unit);
+        const UnitPath signature = kDcimFolder / u"upgrade.sig"_s;
         QCOMPARE(output("openssl ecparam -name prime256v1 -genkey -noout -out %1", {privateKey}),
                  QByteArray());
         output("openssl ec -in %1 -pubout -out %2", {privateKey, unit::path(kKey)});
@@ -314,9 +315,9 @@ private slots:
         folder.put(kArchive, content);
         QVERIFY(SystemUpgradePresent());
         // The first sync after the key has been changed ends the process.
-        const QString sync = unit::path(u"/usr/bin/sync"_s);
+        const QString sync = unit::path(u"/usr/bin/sync"_unit);
         QFile::remove(sync);
-        folder.put(u"/usr/bin/sync"_s, "#!/bin/sh\nread key < " + unit::path(kKey).toUtf8() +
+        folder.put(u"/usr/bin/sync"_s, "#!/bin/sh\nread key < " + unit::path(kKey).encoded() +
                                            " && [ \"$key\" = 'another key' ] && kill -9 $PPID\n");
         QFile::setPermissions(sync, QFile::ReadOwner | QFile::ExeOwner);
         const pid_t child = ::fork();
