@@ -20,18 +20,19 @@ namespace {
 
 constexpr qint8 kBrightestStep = 10;
 
+using LightSteps = decltype(_GlobalSystemSettings::LEDIntensitySteps);
+
 // The value for the brightness file. The mini module has its own row; an unknown head stays dark.
-qint8 brightness(const _GlobalSystemSettings &settings)
+qint8 brightness(eImagerTypes head, int step, const LightSteps &values)
 {
-    const auto step = size_t(settings.LEDIntensityStep);
-    switch (settings.ImagerType) {
+    switch (head) {
     case eMinimodule_10m:
-        return settings.LEDIntensitySteps[1][step];
+        return values[1][size_t(step)];
     case e60meter:
     case e30meter:
-        return settings.LEDIntensitySteps[0][step];
+        return values[0][size_t(step)];
     default:
-        return settings.LEDIntensitySteps[0][0];
+        return values[0][0];
     }
 }
 
@@ -193,7 +194,7 @@ void MainWindow::changeLight(int step)
         QStringLiteral("LED %1 button clicked - %2")
             .arg(step > 0 ? QStringLiteral("plus") : QStringLiteral("minus"), QString::number(wanted)));
     ui->lbl_LEDLevel->setText(QStringLiteral("%1/10").arg(wanted));
-    SetImagerLEDBrightness(brightness(settings));
+    SetImagerLEDBrightness(brightness(settings.ImagerType, wanted, settings.LEDIntensitySteps));
 }
 
 void MainWindow::SetImagerLEDBrightness(qint8 value)

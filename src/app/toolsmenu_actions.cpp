@@ -166,8 +166,12 @@ int MainWindow::ReadSystemImagerConfigurationFile()
 {
     if (!imagerconfigurationfile::exists() || imagerconfigurationfile::isAskedFor())
         askForHead();
-    if (!imagerconfigurationfile::read(m_pParams->getParams()))
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    imagerconfigurationfile::Fitted fitted = {settings.HWImagerConfiguration, settings.MiniModulePresent};
+    if (!imagerconfigurationfile::read(fitted))
         askForHead();
+    settings.HWImagerConfiguration = fitted.reel;
+    settings.MiniModulePresent = fitted.hasMiniModule;
     return 0;
 }
 

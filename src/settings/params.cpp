@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
+#include <utility>
+
 namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.settings")
@@ -33,16 +35,21 @@ params *params::getInstance()
 {
     if (!m_pInstance)
         m_pInstance = new params;
+    if (!std::exchange(m_pInstance->m_hasReadUnit, true))
+        m_pInstance->readUnit();
     return m_pInstance;
 }
 
 void params::resetForTests()
 {
-    delete m_pInstance;
-    m_pInstance = nullptr;
+    if (!m_pInstance)
+        return;
+    m_pInstance->g_GlobalSystemSettings = {};
+    m_pInstance->m_hasReadUnit = false;
 }
 
-params::params()
+// The pass phrase and the addresses are the last: they take child processes, and need nothing of the rest.
+void params::readUnit()
 {
     ReadSystemSettingsConfig();
     SetLanguage(static_cast<eLanguages>(g_GlobalSystemSettings.LanguageIdx));

@@ -9,10 +9,11 @@
 class params
 {
 public:
-    // The first call builds the instance, which reads files and the encoder board. Never destroyed in a run.
+    // The first call makes the instance and reads the unit: files, encoder board, commands. Never destroyed.
     static params *getInstance();
 
-    // Forgets the instance, so that a test starts on another unit.
+    // The next getInstance() reads the unit anew, which may be another one. Whoever holds the instance keeps
+    // it.
     static void resetForTests();
 
     // The record; callers read and write its fields directly.
@@ -46,11 +47,13 @@ public:
     void toggleWifiMode();
 
 private:
-    params();
+    params() = default;
+    void readUnit();
     void readFirmwareVersion();
 
     _GlobalSystemSettings g_GlobalSystemSettings;
     QXmlStreamReader reader; // while the settings file is read
+    bool m_hasReadUnit = false;
 
     static params *m_pInstance;
 };

@@ -39,24 +39,24 @@ bool write(bool reelOf30m, bool miniModule)
                                        "\nMiniModulePresent, " + (miniModule ? "1" : "0") + '\n');
 }
 
-bool read(_GlobalSystemSettings &settings)
+bool read(Fitted &fitted)
 {
     const auto text = savefile::read(path(), kLargestFile);
     if (text)
-        parse(*text, settings);
+        parse(*text, fitted);
     return text.has_value();
 }
 
-void parse(const QByteArray &text, _GlobalSystemSettings &settings)
+void parse(const QByteArray &text, Fitted &fitted)
 {
     for (const QByteArray &line : text.split('\n')) {
         const QList<QByteArray> parts = line.split(',');
         if (parts.size() < 2)
             continue;
         if (parts[0].contains("ImagerConfiguration"))
-            settings.HWImagerConfiguration = parts[1].contains("30") ? e30meter : e60meter;
+            fitted.reel = parts[1].contains("30") ? e30meter : e60meter;
         if (parts[0].contains("MiniModulePresent"))
-            settings.MiniModulePresent = !parts[1].contains("0");
+            fitted.hasMiniModule = !parts[1].contains("0");
     }
 }
 

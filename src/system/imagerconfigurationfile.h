@@ -18,11 +18,17 @@ bool isAskedFor(); // the trigger lies on the card
 // Replaces the file as a whole; false when it cannot be written.
 bool write(bool reelOf30m, bool miniModule);
 
-// File -> HWImagerConfiguration and MiniModulePresent; false when it cannot be read.
-bool read(_GlobalSystemSettings &settings);
+struct Fitted
+{
+    eImagerTypes reel = eMinimodule_10m; // none told yet
+    bool hasMiniModule = false;
+};
+
+// False when the file cannot be read. What it does not tell stays in `fitted` as it was.
+bool read(Fitted &fitted);
 
 // The same for the file's text. A value counts by what it contains ("300" is 30, "10" is absent); lines that
 // are not known, or have no comma, are left out.
-void parse(const QByteArray &text, _GlobalSystemSettings &settings);
+void parse(const QByteArray &text, Fitted &fitted);
 
 } // namespace imagerconfigurationfile

@@ -7,10 +7,10 @@ SystemImagerConfiguration::SystemImagerConfiguration(QWidget *parent)
     : UnitDialog(parent, Qt::FramelessWindowHint), ui(std::make_unique<Ui::SystemImagerConfiguration>())
 {
     ui->setupUi(this);
-    _GlobalSystemSettings now;
+    imagerconfigurationfile::Fitted now;
     imagerconfigurationfile::read(now);
-    ui->radioButton_30m->setChecked(now.HWImagerConfiguration == e30meter);
-    ui->checkBox_MiniModule->setChecked(now.MiniModulePresent);
+    ui->radioButton_30m->setChecked(now.reel == e30meter);
+    ui->checkBox_MiniModule->setChecked(now.hasMiniModule);
 }
 
 SystemImagerConfiguration::~SystemImagerConfiguration() = default;

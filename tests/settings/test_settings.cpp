@@ -3,7 +3,6 @@
 #include "settings/battery.h"
 #include "settings/params.h"
 #include "settings/settingsfile.h"
-#include "settings/toolscycle.h"
 #include "settings/wifi.h"
 
 #include <QTest>
@@ -86,6 +85,7 @@ private slots:
         params::getInstance()->WriteGlobalSystemSettingsFile(false);
         QVERIFY(folder.content(kFile).contains("\n        <bMicrophoneActive>1</bMicrophoneActive>\n"));
         params::resetForTests();
+        QCOMPARE(int(settings.AutoShutdownIdx), 0); // whoever holds the record keeps it
         const _GlobalSystemSettings &again = params::getInstance()->getParams();
         QCOMPARE(int(again.AutoShutdownIdx), -1);
         QCOMPARE(again.keyboardMap_filename, u":/keyboardwidget/keyboard_jp.xml"_s);

@@ -93,10 +93,10 @@ private slots:
               {"ImagerConfiguration, 300\nMiniModulePresent, 10\n", e30meter, false},
               {"MiniModulePresent,yes\r\nImagerConfiguration, 60\r\n", e60meter, true},
               {"ImagerConfiguration\n\n,,\nx, 30\n", eMinimodule_10m, false}}) {
-            _GlobalSystemSettings settings;
-            imagerconfigurationfile::parse(text, settings);
-            QVERIFY2(int(settings.HWImagerConfiguration) == int(head), text);
-            QVERIFY2(settings.MiniModulePresent == module, text);
+            imagerconfigurationfile::Fitted fitted;
+            imagerconfigurationfile::parse(text, fitted);
+            QVERIFY2(int(fitted.reel) == int(head), text);
+            QVERIFY2(fitted.hasMiniModule == module, text);
         }
     }
 
