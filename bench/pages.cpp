@@ -2,6 +2,7 @@
 // Usage: pages FOLDER COUNT     FOLDER: host folder whose files are the page
 #include "benchwindow.h"
 
+#include "core/pages.h"
 #include "storage/dcim.h"
 #include "storage/listing.h"
 #include "storage/position.h"

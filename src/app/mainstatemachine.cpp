@@ -73,7 +73,7 @@ ScreenFacts MainWindow::screenFacts() const
     ScreenFacts facts;
     facts.screen = screenNow();
     facts.state = g_MainState;
-    facts.hasCard = m_card == Card::Taken;
+    facts.hasCard = m_card == CardHold::Taken;
     facts.guiDraws = !displayDraws(boardElements());
     facts.isBusy = m_isBusy;
     facts.hasPicture = m_hasPicture;

@@ -4,8 +4,8 @@
 
 #include "app/sleeper.h"
 #include "app/touchguard.h"
+#include "core/cardevents.h"
 #include "core/screens.h"
-#include "core/unitevents.h"
 #include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
 #include "system/messagelog.h"
@@ -187,7 +187,6 @@ private:
     // --- mw_messagelog.cpp: the kernel's messages ---
     void watchMessageLog();
     void readMessageLog();
-    messagelog::Card believedCard() const;
     void announceCard(const messagelog::Batch &batch);
 
     // --- mw_filesystem.cpp: card states, stills ---
@@ -338,9 +337,7 @@ private:
     bool m_isCatalogOpen = false;
     bool m_batteryIsCritical = false;
 
-    // Gone: a mount that still shows is the one of the card that was pulled. Awaited: the next one is taken.
-    enum class Card { Gone, Awaited, Taken };
-    Card m_card = Card::Awaited;
+    CardHold m_card = CardHold::Awaited;
 
     // A film is one of the card from its first picture on.
     enum class Film { None, Awaited, Runs };

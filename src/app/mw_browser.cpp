@@ -3,6 +3,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
+#include "core/pages.h"
 #include "dialogs/editorscene.h"
 #include "film/firstframe.h"
 #include "film/picturefile.h"
@@ -101,8 +102,9 @@ void MainWindow::enterPlaybackThumbnailsNextPage()
 void MainWindow::turnPage(int step)
 {
     emit BusyIndicator(true);
-    const int wanted = g_SavedFSInfo.currThumbnailPage + step;
-    if (wanted >= 1 && wanted <= g_SavedFSInfo.NumberOfThumbnailPages) {
+    const int wanted =
+        stepWithin(g_SavedFSInfo.currThumbnailPage, step, 1, g_SavedFSInfo.NumberOfThumbnailPages);
+    if (wanted != g_SavedFSInfo.currThumbnailPage) {
         UpdateEventLog(step > 0 ? eEventNextThumbnailPage : eEventPrevThumbnailPage,
                        step > 0 ? QStringLiteral("Next thumbnail page button clicked")
                                 : QStringLiteral("Previous thumbnail page button clicked"));
@@ -124,8 +126,8 @@ void MainWindow::DisplayThumbnails()
     QListWidget &list = *ui->listW_ThumbnailViewer;
     while (list.count() > 0)
         list.takeItem(0); // the items stay ours
-    const int first = (g_SavedFSInfo.currThumbnailPage - 1) * kFilesOnPage;
-    const int end = std::min<int>(first + kFilesOnPage, g_SavedFSInfo.nFilescurrRootDirectory);
+    const auto [first, end] =
+        filesOnPage(g_SavedFSInfo.currThumbnailPage, g_SavedFSInfo.nFilescurrRootDirectory);
     for (int index = first; index < end; ++index) {
         const sSnakeFileInfo &file = g_FileListing[size_t(index)];
         QListWidgetItem &item = g_ListItemArray[size_t(index - first)];
@@ -161,8 +163,8 @@ void MainWindow::enterPlaybackNextSelectedThumbnail()
 
 void MainWindow::selectNeighbour(int step, eEventLogOperation operation, const char *text)
 {
-    const int wanted = g_selectedItemFileIndex + step;
-    if (wanted < 0 || wanted >= g_SavedFSInfo.nFilescurrRootDirectory) {
+    const int wanted = stepWithin(g_selectedItemFileIndex, step, 0, g_SavedFSInfo.nFilescurrRootDirectory);
+    if (wanted == g_selectedItemFileIndex) {
         restoreMainState(g_prevMainState); // nothing happened: what played or waited goes on
         return;
     }
@@ -242,7 +244,7 @@ void MainWindow::leaveBrowser()
 {
     emit BusyIndicator(false);
     placePicture(kFilmPlace);
-    if (m_card == Card::Taken)
+    if (m_card == CardHold::Taken)
         showCurrentFolder();
     ChangeMainState(eStateLive);
     buildLivePicture();

@@ -45,7 +45,7 @@ void MainWindow::take(UnitEvent event)
         break;
     case UnitEvent::CardMounted: {
         const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
-        if (m_card != Card::Taken)
+        if (m_card != CardHold::Taken)
             takeCard();
         break;
     }
@@ -112,11 +112,10 @@ void MainWindow::checkUsbHost()
 
 void MainWindow::lookForMount()
 {
-    if (m_card == Card::Taken)
+    if (m_card == CardHold::Taken)
         return;
     const bool isMounted = mountTableShowsCard();
-    if (m_card == Card::Gone && !isMounted)
-        m_card = Card::Awaited;
-    if (m_card == Card::Awaited && isMounted)
+    m_card = afterLook(m_card, isMounted);
+    if (m_card == CardHold::Awaited && isMounted)
         announce(UnitEvent::CardMounted);
 }

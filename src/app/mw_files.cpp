@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "core/pages.h"
 #include "dialogs/keyboardwidget.h"
 #include "platform/command.h"
 #include "settings/params.h"

@@ -2,8 +2,8 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
-#include "app/cablelength.h"
 #include "app/graphics.h"
+#include "core/cablelength.h"
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
 #include "media/zoom.h"
@@ -73,8 +73,8 @@ void MainWindow::enterSDCardInserted()
 void MainWindow::takeCard()
 {
     updateMainMenuSDCardInfo();
-    m_card = SDCardInfo.inserted ? Card::Taken : Card::Awaited;
-    if (m_card == Card::Taken)
+    m_card = SDCardInfo.inserted ? CardHold::Taken : CardHold::Awaited;
+    if (m_card == CardHold::Taken)
         useCard();
     showScreen();
 }
@@ -118,8 +118,7 @@ void MainWindow::enterSDCardRemoved()
     const eMainStates previous = g_prevMainState;
     Sleeper::sleep(1);
     updateMainMenuSDCardInfo();
-    // A mount that still shows then is the pulled card's; any other is news.
-    m_card = m_card == Card::Taken && mountTableShowsCard() ? Card::Gone : Card::Awaited;
+    m_card = afterRemoval(m_card, mountTableShowsCard());
     ui->lbl_menu_Format_Media_Capacity->setText(QStringLiteral("----"));
     ui->pb_menu_StorageCapacity->setValue(0);
     ActivateMSDC(false);
@@ -214,9 +213,9 @@ void MainWindow::savePicture()
     const QString stamp = settings.bDateTimeStamp
                               ? QDateTime::currentDateTime().toString(QStringLiteral("HH:mm dd.MM.yyyy"))
                               : QString();
-    tmpQimage = stillpicture::compose(
-        band, frame, zoom::stillCutOut(settings.ZoomLevel),
-        {burntInLength(settings, ui->lbl_CableLength->text()), ui->lbl_DamageCatelogText->text(), stamp});
+    tmpQimage = stillpicture::compose(band, frame, zoom::stillCutOut(settings.ZoomLevel),
+                                      {burntInLength(settings.MeterCount, ui->lbl_CableLength->text()),
+                                       ui->lbl_DamageCatelogText->text(), stamp});
     const bool isSaved = stillpicture::save(tmpQimage, path);
     logCapture(eImageCapture, g_SavedFSInfo.currFileName);
     ++g_SavedFSInfo.currDCIMIndex;

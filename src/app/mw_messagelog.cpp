@@ -11,22 +11,33 @@
 #include <QLoggingCategory>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
 
 namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.system")
 
-struct CardState
+struct CardEvent
 {
     messagelog::Card card;
-    eMainStates state;
     UnitEvent event;
 };
-constexpr std::array kCardStates = {
-    CardState{messagelog::Card::Inserted, eStateSDCardInserted, UnitEvent::CardInserted},
-    CardState{messagelog::Card::Removed, eStateSDCardRemoved, UnitEvent::CardRemoved},
-    CardState{messagelog::Card::Corrupt, eStateSDCardCorrupt, UnitEvent::CardCorrupt}};
+constexpr std::array kCardEvents = {CardEvent{messagelog::Card::Inserted, UnitEvent::CardInserted},
+                                    CardEvent{messagelog::Card::Removed, UnitEvent::CardRemoved},
+                                    CardEvent{messagelog::Card::Corrupt, UnitEvent::CardCorrupt}};
+
+messagelog::Card cardAfter(std::optional<UnitEvent> event)
+{
+    const auto known = std::ranges::find(kCardEvents, event, &CardEvent::event);
+    return known == kCardEvents.end() ? messagelog::Card::Unknown : known->card;
+}
+
+std::optional<UnitEvent> eventOf(messagelog::Card card)
+{
+    const auto known = std::ranges::find(kCardEvents, card, &CardEvent::card);
+    return known == kCardEvents.end() ? std::nullopt : std::optional(known->event);
+}
 
 HostPath logFile()
 {
@@ -57,24 +68,10 @@ void MainWindow::onLogfileChanged(const QString &path)
 {
     if (m_logBatch.isReading())
         return; // looked at again at its end
-    m_logBatch = messagelog::Batch(believedCard(), qint64(m_pParams->getParams().lastMessageLogLocation),
+    const auto believed = lastCardEvent(m_events, g_MainState, g_prevMainState);
+    m_logBatch = messagelog::Batch(cardAfter(believed), qint64(m_pParams->getParams().lastMessageLogLocation),
                                    QFileInfo(path).size());
     readMessageLog();
-}
-
-// The card's state that the next lines start from: what waits to be taken, is being taken, or came last.
-messagelog::Card MainWindow::believedCard() const
-{
-    const auto pending = m_events.lastCardEvent();
-    for (const CardState &known : kCardStates) {
-        if (pending ? known.event == *pending : known.state == g_MainState)
-            return known.card;
-    }
-    for (const CardState &known : kCardStates) {
-        if (known.state == g_prevMainState)
-            return known.card;
-    }
-    return messagelog::Card::Unknown;
 }
 
 // One slice; the picture gets its turn before the next one.
@@ -99,15 +96,8 @@ void MainWindow::readMessageLog()
 
 void MainWindow::announceCard(const messagelog::Batch &batch)
 {
-    using messagelog::Card;
-    // Pulled and put back between two looks: it may be another card, and no file on it is open any more.
-    const bool wasSwapped = batch.sawRemoval() && batch.card() != Card::Removed && SDCardInfo.inserted;
-    if (wasSwapped)
-        announce(UnitEvent::CardRemoved);
-    if (!wasSwapped && batch.card() == believedCard())
-        return;
-    for (const CardState &known : kCardStates) {
-        if (known.card == batch.card())
-            announce(known.event);
-    }
+    const auto believed = lastCardEvent(m_events, g_MainState, g_prevMainState);
+    for (const UnitEvent event :
+         cardNews(eventOf(batch.card()), believed, batch.sawRemoval(), SDCardInfo.inserted))
+        announce(event);
 }

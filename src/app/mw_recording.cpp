@@ -3,8 +3,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
-#include "app/livemode.h"
-#include "app/runningtime.h"
+#include "core/runningtime.h"
 #include "film/avirepair.h"
 #include "film/filmlimit.h"
 #include "media/gst_videoinput.h"
@@ -149,7 +148,7 @@ void MainWindow::endFilm()
 {
     emit BusyIndicator(true);
     const bool fileFailed = gst_FilmFileFailed();
-    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    chooseLivePipelineMode();
     closeFilm();
     if (isDiskFull() || fileFailed)
         tellCardTakesNothing();
@@ -178,7 +177,7 @@ void MainWindow::closeFilm()
 void MainWindow::dropFilm()
 {
     m_film = Film::None;
-    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    chooseLivePipelineMode();
     gst_EndVideoInputPipeline();
     QFile::remove(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName)));
 }
@@ -195,7 +194,7 @@ void MainWindow::giveUpFilm()
 void MainWindow::endRecordingWithoutCard()
 {
     m_film = Film::None;
-    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    chooseLivePipelineMode();
     gst_EndVideoInputPipeline();
     tellCardLost();
     backToLiveView();

@@ -2,8 +2,8 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
-#include "app/cablelength.h"
 #include "app/graphics.h"
+#include "core/cablelength.h"
 #include "hw/i2c.h"
 #include "media/boardelements.h"
 #include "media/gst_videoinput.h"
@@ -90,15 +90,20 @@ void MainWindow::showCableLength()
     settings.MeterCount = readMeterCount(settings.ReadRawEncoderValues);
     const bool isKnown = settings.MeterCount >= 0;
     m_i2cRetries = qint16(isKnown ? 0 : m_i2cRetries + 1);
-    if (isKnown)
-        ui->lbl_CableLength->setText(cableLengthText(settings));
-    const QByteArray overlay = burntInLength(settings, ui->lbl_CableLength->text()).toLocal8Bit();
+    const int reading = settings.MeterCount - settings.MeterOffset;
+    if (isKnown) {
+        ui->lbl_CableLength->setText(settings.ReadRawEncoderValues
+                                         ? rawCountText(reading)
+                                         : cableLengthText(reading, eUnitofMeasure(settings.UnitofMeasure)));
+    }
+    const QByteArray overlay = burntInLength(settings.MeterCount, ui->lbl_CableLength->text()).toLocal8Bit();
     gst_UpdateVideoMeterCount(overlay.constData(), int(overlay.size()));
     if (!isKnown)
         return;
     if (settings.currDamageCatelogMeterCount < 0)
         settings.currDamageCatelogMeterCount = settings.MeterCount; // noted where the length was not known
-    if (settings.bDamageCatelogAnnotationActive && hasLeftDamageNote(settings))
+    if (settings.bDamageCatelogAnnotationActive &&
+        hasLeftDamageNote(settings.MeterCount, settings.currDamageCatelogMeterCount))
         endDamageNote();
 }
 
@@ -155,13 +160,13 @@ void MainWindow::enterUsbActive()
 // card is mounted afresh.
 void MainWindow::enterUsbDisconnected()
 {
-    if (m_card == Card::Taken) {
+    if (m_card == CardHold::Taken) {
         command::run(QStringLiteral("umount"), {kCardMountPoint.text()}); // where the first one failed
         command::run(QStringLiteral("mount"), {kCardDevice.text(), kCardMountPoint.text()});
         if (mountTableShowsCard())
             refreshFolder();
         else
-            m_card = Card::Awaited;
+            m_card = CardHold::Awaited;
     }
     backToLiveView();
 }

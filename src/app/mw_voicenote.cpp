@@ -3,7 +3,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
-#include "app/runningtime.h"
+#include "core/runningtime.h"
 #include "media/gst_audiorecord.h"
 #include "platform/command.h"
 #include "platform/unit.h"

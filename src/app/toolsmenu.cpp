@@ -4,12 +4,11 @@
 #include "ui_mainwindow.h"
 
 #include "app/graphics.h"
-#include "app/livemode.h"
+#include "core/toolscycle.h"
 #include "hw/hardware.h"
 #include "media/gst_videoinput.h"
 #include "platform/unit.h"
 #include "settings/params.h"
-#include "settings/toolscycle.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
 #include "storage/sdcard.h"
@@ -81,7 +80,7 @@ void MainWindow::enterToolsMenu()
 void MainWindow::enterToolsMenuExit()
 {
     emit BusyIndicator(true);
-    if (m_card == Card::Taken) {
+    if (m_card == CardHold::Taken) {
         restoreCurrentFolder(); // a card that was formatted has none
         showCurrentFolder();
     }
@@ -94,7 +93,8 @@ void MainWindow::enterToolsMenuExit()
 
 void MainWindow::chooseLivePipelineMode()
 {
-    g_gst_VideoPipelineMode = liveMode(m_pParams->getParams());
+    g_gst_VideoPipelineMode =
+        m_pParams->getParams().bNetworkStreaming ? eGSTStateStreaming : eGSTStateLiveVideo;
 }
 
 // The network gives its address when it likes: asked for whenever it is shown or used.
@@ -202,7 +202,9 @@ void MainWindow::on_btn_tools_WiFI_Hotspot_On_Off_clicked()
 
 void MainWindow::showAutoShutdown()
 {
-    const auto [above, chosen, next] = toolscycle::delaysAround(m_pParams->getParams());
+    const _GlobalSystemSettings &settings = m_pParams->getParams();
+    const auto [above, chosen, next] =
+        toolscycle::delaysAround(settings.AutoShutdownOptions, settings.AutoShutdownIdx);
     ui->lbl_menu_AutoOff_lineOne->setText(above);
     ui->lbl_menu_AutoOff_lineTwo->setText(chosen);
     ui->lbl_menu_AutoOff_lineThree->setText(next);
@@ -240,7 +242,7 @@ void MainWindow::showLanguage()
 void MainWindow::on_btn_tools_Set_Language_clicked()
 {
     _GlobalSystemSettings &settings = m_pParams->getParams();
-    settings.LanguageIdx = toolscycle::languageAfter(settings.LanguageIdx);
+    settings.LanguageIdx = toolscycle::languageAfter(settings.LanguageIdx, eTheEnd);
     m_pParams->SetLanguage(static_cast<eLanguages>(settings.LanguageIdx));
     showLanguage();
     UpdateEventLog(

@@ -2,12 +2,12 @@
 #include "app/mainwindow.h"
 #include "ui_mainwindow.h"
 
+#include "core/toolscycle.h"
 #include "dialogs/fileexplorer.h"
 #include "hw/i2c.h"
 #include "platform/command.h"
 #include "settings/damagecatelogfile.h"
 #include "settings/params.h"
-#include "settings/toolscycle.h"
 #include "storage/dcim.h"
 #include "storage/eventlog.h"
 #include "storage/listing.h"

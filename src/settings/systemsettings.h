@@ -1,16 +1,13 @@
 // The record of settings and shared run-time state that every room reads and writes on the GUI thread.
 #pragma once
 
+#include "core/settingvalues.h"
 #include "platform/unit.h"
 
 #include <QColor>
 #include <QString>
 
 #include <array>
-
-enum eImagerTypes { eMinimodule_10m, e60meter, e30meter, eNoImagerAttached, eImagerTypeEnd };
-
-enum eUnitofMeasure { eMeter, eFeet };
 
 enum eCaptureModes { eStillImageCapture, eVideoCapture };
 

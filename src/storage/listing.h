@@ -32,14 +32,3 @@ void ReadDirectory(const UnitPath &folder);
 
 // Where the file stands in g_FileListing; -1: nowhere.
 int indexInListing(const QString &fileName);
-
-// The browser's pages: files to a page, page of a file (from 1), number of pages (1 for an empty folder).
-inline constexpr int kFilesOnPage = 12;
-inline int pageOf(int fileIndex)
-{
-    return fileIndex / kFilesOnPage + 1;
-}
-inline int pageCount(int files)
-{
-    return (files - 1) / kFilesOnPage + 1;
-}

@@ -2,7 +2,6 @@
 #include "app/screen.h"
 
 #include "app/picturelabel.h"
-#include "core/unitevents.h"
 #include "storage/sdcard.h"
 
 #include <QFileInfo>
@@ -109,28 +108,6 @@ class TestEvents : public HeardTest
     Q_OBJECT
 
 private slots:
-    void whatALaterEventMakesPointlessIsFolded()
-    {
-        using enum UnitEvent;
-        using Events = std::vector<UnitEvent>;
-        const auto taken = [](const Events &events) {
-            PendingEvents pending;
-            for (const UnitEvent event : events)
-                pending.add(event);
-            Events order;
-            while (!pending.isEmpty())
-                order.push_back(pending.takeFirst());
-            return order;
-        };
-        QVERIFY((taken({CardRemoved, CardInserted}) == Events{CardRemoved, CardInserted})); // swapped
-        QVERIFY((taken({CardInserted, CardRemoved}) == Events{CardRemoved}));
-        QVERIFY((taken({CardRemoved, CardInserted, CardRemoved, CardCorrupt, CardInserted}) ==
-                 Events{CardRemoved, CardInserted}));
-        QVERIFY((taken({CardCorrupt, CardCorrupt}) == Events{CardCorrupt}));
-        QVERIFY((taken({UsbChanged, CardRemoved, UsbChanged}) == Events{CardRemoved, UsbChanged}));
-        QVERIFY((taken({CardRemoved, Shutdown, CardInserted, Shutdown}) == Events{Shutdown}));
-    }
-
     void aCardIsPulledInEveryState()
     {
         Screen screen;

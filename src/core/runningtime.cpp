@@ -1,4 +1,4 @@
-#include "app/runningtime.h"
+#include "core/runningtime.h"
 
 QString runningTimeText(qint64 milliseconds)
 {

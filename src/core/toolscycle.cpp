@@ -1,6 +1,4 @@
-#include "settings/toolscycle.h"
-
-#include "settings/languages.h"
+#include "core/toolscycle.h"
 
 #include <algorithm>
 
@@ -14,7 +12,7 @@ constexpr std::array kHeads = {toolscycle::Head{eMinimodule_10m, "10m", "Minimod
                                toolscycle::Head{e60meter, "60m", "60m"},
                                toolscycle::Head{e30meter, "30m", "30m"}};
 
-constexpr int kDelays = int(std::tuple_size_v<decltype(_GlobalSystemSettings::AutoShutdownOptions)>);
+constexpr int kDelays = int(std::tuple_size_v<toolscycle::DelayOptions>);
 
 } // namespace
 
@@ -30,18 +28,16 @@ quint8 backlightAfter(quint8 level)
     return level < kBrightestBacklight ? std::max(quint8(level + 1), kDarkestBacklight) : kDarkestBacklight;
 }
 
-quint8 languageAfter(quint8 index)
+quint8 languageAfter(quint8 index, int languages)
 {
-    return index < eTheEnd - 1 ? quint8(index + 1) : quint8(eEnglish);
+    return index < languages - 1 ? quint8(index + 1) : quint8(0);
 }
 
-Delays delaysAround(const _GlobalSystemSettings &settings)
+Delays delaysAround(const DelayOptions &options, int index)
 {
-    const int index = settings.AutoShutdownIdx;
-    // An index that is not there powers nothing off, as the first entry.
     const int chosen = index >= 0 && index < kDelays ? index : 0;
     const auto text = [&](int at) {
-        return QStringLiteral("%1 min").arg(settings.AutoShutdownOptions[size_t((at + kDelays) % kDelays)]);
+        return QStringLiteral("%1 min").arg(options[size_t((at + kDelays) % kDelays)]);
     };
     return {text(chosen + 1), text(chosen), text(chosen - 1)};
 }
