@@ -157,7 +157,7 @@ void MainWindow::enterUsbDisconnected()
 {
     if (m_card == Card::Taken) {
         command::run(QStringLiteral("umount"), {kCardMountPoint}); // where the first one failed
-        command::run(QStringLiteral("mount"), {kCardDevice, kCardMountPoint});
+        mountCard();
         if (mountTableShowsCard())
             refreshFolder();
         else
