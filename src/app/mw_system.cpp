@@ -162,7 +162,7 @@ void MainWindow::enterUsbDisconnected()
 {
     if (m_card == CardHold::Taken) {
         command::run(QStringLiteral("umount"), {kCardMountPoint.text()}); // where the first one failed
-        command::run(QStringLiteral("mount"), {kCardDevice.text(), kCardMountPoint.text()});
+        mountCard();
         if (mountTableShowsCard())
             refreshFolder();
         else

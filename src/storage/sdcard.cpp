@@ -49,6 +49,12 @@ bool mountTableShowsCard()
     return mounttable::shows(kCardDevice, kCardMountPoint);
 }
 
+void mountCard()
+{
+    command::run(QStringLiteral("mount"), {QStringLiteral("-t"), QStringLiteral("tubix4card"),
+                                           kCardDevice.text(), kCardMountPoint.text()});
+}
+
 void getSDCardInfo()
 {
     setFigures(cardInDfReport(QString::fromLocal8Bit(command::run(QStringLiteral("df")).standardOutput)));

@@ -30,6 +30,10 @@ sSDcardInfo cardInDfReport(const QString &report);
 // True when the system's table of mounts names the card at its place. Cheap: no command is run.
 bool mountTableShowsCard();
 
+// Mounts the card as the system does when it is pushed in: a host that went without a word has left it to be
+// checked. Waits for that, 35 s at most; mountTableShowsCard() tells what came of it.
+void mountCard();
+
 void getSDCardInfo();     // refreshes all but statechanged
 bool isDiskFull();        // refreshes; true below 10 MiB available, so also without a card
 void flagCorruptSDCard(); // as if no card were there, until the next refresh

@@ -206,6 +206,11 @@ private slots:
         screen.attachHost();
         QCOMPARE(screen.window.mainState(), eStateUsbActive);
         QVERIFY(!screen.button("btn_menu_ThumbnailBack")->isVisible());
+        // Gone again, perhaps without a word: the card is checked before it is written to.
+        screen.attachHost(false);
+        QVERIFY(screen.commands().contains("mount -t tubix4card /dev/mmcblk1p1 /media/mmcblk1p1\n"));
+        captureWorks(screen);
+        screen.attachHost();
         // Pulled under the host: nobody is left to wait for.
         screen.folder.control({u"card"_s, u"remove"_s});
         QVERIFY(isQuiet(screen.window, eStateLive));

@@ -120,12 +120,20 @@ def log_marks(folder, files):
     return re.findall(r"\[\+\]|\|--|--\||\[X\]|\[\*\]|\[!\]", text)
 
 
-def one_more_still(board, bench):
-    """The unit goes on: a still, off, and the card is clean with that many stills on it."""
+def goes_on(bench, board, stills=2):
+    """The unit takes another still and is switched off; the card is clean and has that many. Its files."""
     take_still(board)
     switch_off(board)
     folder, files = outside(bench, board)
-    return len(named(files, ".jpg")), folder, files
+    expect(len(named(files, ".jpg")) == stills, f"{len(named(files, '.jpg'))} stills on the card instead of {stills}")
+    return folder, files
+
+
+def repaired_film(bench, board):
+    """The unit goes on, and a film that was cut off plays: its length in words."""
+    folder, files = goes_on(bench, board)
+    pictures, seconds = film_facts(os.path.join(folder, named(files, ".avi")[0]))
+    return f"film repaired: {seconds:.1f} s, {pictures} pictures; the next still lies on the card, card clean"
 
 
 # --- the unit itself ---
@@ -266,8 +274,7 @@ def pull_live(bench):
     board.says("eStateSDCardRemoved.* -> back to")
     board.look("pulled")
     back = insert(board)
-    count = one_more_still(board, bench)[0]
-    expect(count == 2, f"{count} stills on the card")
+    goes_on(bench, board)
     return f"unmounted after {gone:.1f} s, mounted again after {back:.1f} s; the next still lies on it, card clean"
 
 
@@ -287,9 +294,11 @@ def pull_still(bench):
     return "the still is whole on the pulled card"
 
 
-@case("pull-film", "card pulled in a film, put back")
+@case("pull-film", "card pulled in a film, checked and put back")
 def pull_film(bench):
+    repairs = "journalctl -b -u media-mmcblk1p1.mount -o cat --no-pager | grep -c 'Filesystem was changed' || true"
     board = bench.ready()
+    before = int(board.sh(repairs))
     begin_film(board)
     time.sleep(5)
     gone = remove(board)
@@ -297,14 +306,13 @@ def pull_film(bench):
     board.look("pulled")
     board.touch("ConfirmationBox.btn_Confirm")
     board.says("-> .*eStateLive\\b")
+    damage = Card(board.card).check()
+    expect("Dirty bit" in damage, f"the pulled card is clean: {damage}")
     back = insert(board)
+    expect(int(board.sh(repairs)) == before + 1, "the check repaired nothing")
     board.touch("btn_menu_CaptureModeSelect")
     board.says("eStateCaptureModeChange")
-    count, folder, files = one_more_still(board, bench)
-    expect(count == 2, f"{count} stills on the card")
-    pictures, seconds = film_facts(os.path.join(folder, named(files, ".avi")[0]))
-    return (f"unmounted after {gone:.1f} s, mounted again after {back:.1f} s; film repaired: {seconds:.1f} s, "
-            f"{pictures} pictures; card clean")
+    return f"unmounted after {gone:.1f} s, checked and mounted again after {back:.1f} s; {repaired_film(bench, board)}"
 
 
 @case("pull-browser", "card pulled while a picture is shown, put back")
@@ -319,8 +327,7 @@ def pull_browser(bench):
     insert(board)
     board.touch("btn_menu_ThumbnailBack")
     board.says("-> .*eStateLive\\b")
-    count = one_more_still(board, bench)[0]
-    expect(count == 2, f"{count} stills on the card")
+    goes_on(bench, board)
     return "empty page, then the card's files again; the next still lies on it, card clean"
 
 
@@ -337,8 +344,7 @@ def pull_twice(bench):
     time.sleep(8)
     mounts = board.sh(f"grep -c ' {CARD} ' /proc/mounts")
     expect(mounts == "1", f"mounted {mounts} times")
-    count = one_more_still(board, bench)[0]
-    expect(count == 2, f"{count} stills on the card")
+    goes_on(bench, board)
     return "mounted once; the next still lies on it, card clean"
 
 
@@ -348,33 +354,10 @@ def pull_other(bench):
     first = board.card
     remove(board)
     insert(board, bench.empty_card("other.raw", 128))
-    count = one_more_still(board, bench)[0]
-    expect(count == 1, f"{count} stills on the other card")
+    goes_on(bench, board, stills=1)
     left = Card(first).files(bench.file("first"))
     expect(len(named(left, ".jpg")) == 1, f"{left}")
     return "its folder is made, the next still lies on it alone"
-
-
-@case("dirty", "a card that was pulled out of a film: its check before the mount", quick=False)
-def dirty(bench):
-    repairs = "journalctl -b -u media-mmcblk1p1.mount -o cat --no-pager | grep -c 'Filesystem was changed' || true"
-    board = bench.ready()
-    before = int(board.sh(repairs))
-    begin_film(board)
-    remove(board)
-    board.says("eStateSDCardRemoved")
-    time.sleep(3)
-    board.touch("ConfirmationBox.btn_Confirm")
-    board.says("-> .*eStateLive\\b")
-    damage = Card(board.card).check()
-    expect("Dirty bit" in damage, f"the pulled card is clean: {damage}")
-    took = insert(board)
-    board.touch("btn_menu_CaptureModeSelect")
-    board.says("eStateCaptureModeChange")
-    expect(int(board.sh(repairs)) == before + 1, "the check repaired nothing")
-    count = one_more_still(board, bench)[0]
-    expect(count == 2, f"{count} stills on the card")
-    return f"checked, repaired and mounted after {took:.1f} s; the next still lies on it, card clean"
 
 
 @case("read-only", "a card with its write protection on")

@@ -247,7 +247,9 @@ class Board:
 
     def follow(self):
         """Lets the machine write the application's journal into a file: read without starting a program."""
-        self.ask("pgrep -x journalctl || { setsid journalctl -b -n all -f -u tubix4 -o cat | tee /run/board.log >/dev/ttyS0 & }; "
+        # A pipe to the agent that stays open would keep its answer back.
+        self.ask("{ pgrep -x journalctl || setsid journalctl -b -n all -f -u tubix4 -o cat | tee /run/board.log; } "
+                 ">/dev/ttyS0 2>&1 & "
                  "until test -s /run/board.log; do sleep 0.2; done")
         self.journal_file = self.agent.call("guest-file-open", path="/run/board.log")
 
