@@ -179,6 +179,8 @@ private:
     void announce(UnitEvent event); // takes it now, or as soon as no action and no question is on the stack
     void takeEvents();
     void take(UnitEvent event);
+    bool endsScreen(UnitEvent event) const;
+    void tellDialogs();
     void closeDialogs();
     bool usbHostIsAttached() const;
     void checkUsbHost();

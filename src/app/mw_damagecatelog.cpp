@@ -14,7 +14,6 @@ void MainWindow::on_btn_DamageCatelog_clicked()
     ActivateMSDC(false);
 
     DamageCatelog catalog(this);
-    connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
     catalog.init();
     ask(catalog);
     if (catalog.returnValue)

@@ -133,7 +133,6 @@ void MainWindow::enterPlaybackEditAddText()
     const bool wasOffered = m_pParams->getParams().MSDC_ModuleInstalled; // not while a film stands open
     ActivateMSDC(false);
     DamageCatelog catalog(this);
-    connect(this, &MainWindow::SDCardRemoved, &catalog, &DamageCatelog::abandon);
     catalog.init();
     ask(catalog);
     if (catalog.returnValue && !catalog.returnDamageDescription.isEmpty()) {
@@ -151,7 +150,7 @@ void MainWindow::enterPlaybackEditColor()
     QColor &current = m_pParams->getParams().currEditorColor;
     onClearPictureEditorButtons();
     ColorPicker picker(this);
-    connect(this, &MainWindow::SDCardRemoved, &picker, &QDialog::close);
+    picker.closeWithCard(this);
     picker.setColor(current.isValid() ? current : mainScene->drawingColor());
     picker.init();
     ask(picker);

@@ -14,8 +14,6 @@
 void MainWindow::announce(UnitEvent event)
 {
     m_events.add(event);
-    if (event == UnitEvent::CardRemoved && QApplication::activeModalWidget())
-        emit SDCardRemoved(); // what works on the card closes now; the rest follows when it is gone
     takeEvents();
 }
 
@@ -29,8 +27,8 @@ void MainWindow::ask(QDialog &dialog)
 void MainWindow::takeEvents()
 {
     while (!m_events.isEmpty()) {
-        if (m_questions > 0 && closesDialogs(m_events.first(), m_screen, g_MainState, m_actionDepth > 0))
-            closeDialogs();
+        if (m_questions > 0)
+            tellDialogs();
         if (m_questions > 0 || m_actionDepth > 0)
             return; // systemCheck() comes by again
         take(m_events.takeFirst());
@@ -85,6 +83,21 @@ void MainWindow::take(UnitEvent event)
         shutDown();
         break;
     }
+}
+
+bool MainWindow::endsScreen(UnitEvent event) const
+{
+    return closesDialogs(event, m_screen, g_MainState, m_actionDepth > 0);
+}
+
+// Of a pulled card a dialog learns by the signal alone, and knows what that means for it; told again as long
+// as one stands, since it may have come up after the card went.
+void MainWindow::tellDialogs()
+{
+    if (m_events.contains(UnitEvent::CardRemoved))
+        emit SDCardRemoved();
+    if (m_events.first() != UnitEvent::CardRemoved && endsScreen(m_events.first()))
+        closeDialogs();
 }
 
 // The topmost first; each counts as cancelled.

@@ -30,15 +30,20 @@ constexpr qint64 kLongestWait = 6000; // ms for the picture that a touch asked f
 bool MainWindow::confirm(const char *picture)
 {
     ConfirmationBox box(QPixmap(graphic(picture)), this);
-    connect(this, &MainWindow::SDCardRemoved, &box, &QDialog::reject);
+    box.closeWithCard(this);
     ask(box);
     return box.returnStatus;
 }
 
-// Nothing is asked: it stays until it is seen, also when the card is gone meanwhile.
+// Nothing is asked: it stays until it is seen, also when the card is gone meanwhile, unless its screen goes,
+// too.
 void MainWindow::tell(const char *picture)
 {
     ConfirmationBox box(QPixmap(graphic(picture)), this);
+    connect(this, &MainWindow::SDCardRemoved, &box, [this, &box] {
+        if (endsScreen(UnitEvent::CardRemoved))
+            box.onSDCardRemoved();
+    });
     ask(box);
 }
 

@@ -72,6 +72,11 @@ void PendingEvents::add(UnitEvent event)
     m_events.push_back(event);
 }
 
+bool PendingEvents::contains(UnitEvent event) const
+{
+    return std::ranges::find(m_events, event) != m_events.end();
+}
+
 UnitEvent PendingEvents::takeFirst()
 {
     const UnitEvent event = m_events.front();

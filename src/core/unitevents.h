@@ -42,6 +42,7 @@ public:
     void add(UnitEvent event);
     bool isEmpty() const { return m_events.empty(); }
     UnitEvent first() const { return m_events.front(); }
+    bool contains(UnitEvent event) const;
     UnitEvent takeFirst();
     std::optional<UnitEvent> lastCardEvent() const; // of those that the kernel tells
 

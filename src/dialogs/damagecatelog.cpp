@@ -29,6 +29,7 @@ DamageCatelog::~DamageCatelog() = default;
 void DamageCatelog::init()
 {
     m_pParams = params::getInstance();
+    closeWithCard(parentWidget());
     populateDamageCatelogListWidget();
 }
 
@@ -72,18 +73,11 @@ void DamageCatelog::on_btn_DamageCatelog_RemovedDamageNotation_clicked()
     answer(true, QString());
 }
 
-void DamageCatelog::abandon()
-{
-    answer(false, QString());
-    emit abandoned();
-}
-
 void DamageCatelog::on_btn_DamageCatelog_AddItem_clicked()
 {
     const _GlobalSystemSettings &settings = m_pParams->getParams();
     keyboardWidget keyboard(QString(), settings.keyboardMap_filename, false, this);
-    keyboard.init(this);
-    connect(this, &DamageCatelog::abandoned, &keyboard, &keyboardWidget::on_btn_Cancel_clicked);
+    keyboard.init(parentWidget());
     if (keyboard.exec() != QDialog::Accepted)
         return;
     damagecatelog::append(settings.damageCatelog_filename, keyboard.returnableText);
@@ -95,7 +89,7 @@ void DamageCatelog::on_btn_DamageCatelog_DeleteItem_clicked()
 {
     ConfirmationBox box(QPixmap(QStringLiteral(":/MyGraphicResources/graphics/confirmation_trashcan.png")),
                         this);
-    connect(this, &DamageCatelog::abandoned, &box, &QDialog::reject);
+    box.closeWithCard(parentWidget());
     box.exec();
     const QListWidgetItem *chosen = ui->listW_DamageCatelog->currentItem();
     if (box.returnStatus && chosen) {

@@ -15,6 +15,7 @@ class DamageCatelog : public UnitDialog
     Q_OBJECT
 
 public:
+    // Where `parent` tells of a pulled card, it and what it opens close with the card.
     explicit DamageCatelog(QWidget *parent);
     ~DamageCatelog() override;
 
@@ -23,12 +24,7 @@ public:
     QString returnDamageDescription; // the chosen entry; empty: the shown one is to be taken off
     bool returnValue = false;        // the caller has to act
 
-signals:
-    void abandoned();
-
 public slots:
-    void abandon(); // what the note was for is gone: closes, with whatever is open above, as after cancel
-
     void on_listW_DamageCatelog_itemSelectionChanged();
     void on_btn_DamageCatelog_Confirm_clicked();
     void on_btn_DamageCatelog_Cancel_clicked();

@@ -48,7 +48,7 @@ FileExplorer::~FileExplorer() = default;
 void FileExplorer::init(QObject *owner)
 {
     m_pObject = owner;
-    connect(m_pObject, SIGNAL(SDCardRemoved()), this, SLOT(onSDCardRemoved()));
+    closeWithCard(m_pObject);
     // The model names host paths and starts in the card's folder: nothing outside the unit can be shown.
     // Hidden folders (thumbnails, the log's pictures) are left out.
     listFolders = new FolderModel(this);
@@ -177,7 +177,7 @@ void FileExplorer::on_btn_DeleteFolder_clicked()
     qCDebug(log) << "Delete:" << folder;
     ConfirmationBox box(QPixmap(QStringLiteral(":/MyGraphicResources/graphics/confirmation_trashcan.png")),
                         this);
-    connect(m_pObject, SIGNAL(SDCardRemoved()), &box, SLOT(reject()));
+    box.closeWithCard(m_pObject);
     box.exec();
     if (box.returnStatus && isVisible() && isInspectionFolder(folder)) {
         qCDebug(log) << "Deleting:" << folder;

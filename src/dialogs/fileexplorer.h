@@ -32,6 +32,7 @@ public:
 
 public slots:
     void reject() override; // as the cancel button
+    void onSDCardRemoved() override;
 
 private slots:
     void on_tView_Folders_clicked(const QModelIndex &index);
@@ -40,7 +41,6 @@ private slots:
     void on_btn_NewFolder_clicked();
     void on_btn_RenameFolder_clicked();
     void on_btn_DeleteFolder_clicked();
-    void onSDCardRemoved();
 
 private:
     UnitPath selectedFolder() const; // empty: nothing is selected

@@ -71,9 +71,7 @@ void keyboardWidget::init(QObject *owner)
     ReadKeyboardConfig();
     createLayout();
     UpdateKeyboard();
-    // By name: the rooms of the dialogs know no window.
-    if (owner && owner->metaObject()->indexOfSignal("SDCardRemoved()") >= 0)
-        connect(owner, SIGNAL(SDCardRemoved()), this, SLOT(onSDCardRemoved()));
+    closeWithCard(owner);
 }
 
 // A keyboard in another language is better than none.

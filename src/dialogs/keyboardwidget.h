@@ -33,7 +33,7 @@ public:
 public slots:
     void KeyboardClicked(int key);
     void on_btn_Cancel_clicked();
-    void onSDCardRemoved();
+    void onSDCardRemoved() override;
 
 protected:
     void showEvent(QShowEvent *event) override;

@@ -1,5 +1,17 @@
 #include "dialogs/unitdialog.h"
 
+// By name: the rooms of the dialogs know no window.
+void UnitDialog::closeWithCard(const QObject *owner)
+{
+    if (owner && owner->metaObject()->indexOfSignal("SDCardRemoved()") >= 0)
+        connect(owner, SIGNAL(SDCardRemoved()), this, SLOT(onSDCardRemoved()), Qt::UniqueConnection);
+}
+
+void UnitDialog::onSDCardRemoved()
+{
+    reject();
+}
+
 void UnitDialog::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);

@@ -1,4 +1,5 @@
-// What every dialog of the unit shares: it stands in the middle of the window, on any platform plug-in.
+// What every dialog of the unit shares: it stands in the middle of the window, on any platform plug-in, and
+// goes with the card when it is about the card.
 #pragma once
 
 #include <QDialog>
@@ -9,6 +10,13 @@ class UnitDialog : public QDialog
 
 public:
     using QDialog::QDialog;
+
+    // onSDCardRemoved() from now on, when the owner's signal SDCardRemoved() comes. An owner without it, or
+    // none: nothing.
+    void closeWithCard(const QObject *owner);
+
+public slots:
+    virtual void onSDCardRemoved(); // closes it as cancelled
 
 protected:
     void showEvent(QShowEvent *event) override;

@@ -287,17 +287,18 @@ private slots:
         QCOMPARE(shown(catalog), QStringList({u"we"_s}));
     }
 
-    void anAbandonedCatalogTakesItsDialogsAlong()
+    void aCatalogThatGoesWithTheCardTakesItsDialogsAlong()
     {
         const TestUnit folder({kCatalog.parent()});
         params::resetForTests();
         folder.put(kCatalog, "a\nb\n");
         for (const QString &button : {u"btn_DamageCatelog_AddItem"_s, u"btn_DamageCatelog_DeleteItem"_s}) {
-            DamageCatelog catalog(nullptr);
+            Owner owner;
+            DamageCatelog catalog(&owner);
             catalog.init();
             whenOpen<DamageCatelog>([&](DamageCatelog *open) {
                 touchEntry(*open, 0);
-                QTimer::singleShot(0, open, &DamageCatelog::abandon);
+                QTimer::singleShot(0, &owner, &Owner::SDCardRemoved);
                 touchIn(open, button);
             });
             catalog.exec();
