@@ -28,11 +28,28 @@ constexpr int kSystemCheckInterval = 200; // ms
 constexpr int kRecordAudioInterval = 1000;
 constexpr int kToolsClockInterval = 1000;
 
+void turnHeadphoneUp()
+{
+    command::run(QStringLiteral("amixer"),
+                 {QStringLiteral("set"), QStringLiteral("Headphone"), QStringLiteral("127")});
+}
+
+// The one that every unit leaves the factory with is known to everybody.
+void renewPassPhrase(params &unit)
+{
+    const _GlobalSystemSettings &settings = unit.getParams();
+    if (settings.WIFIHotSpotPW.contains(wifi::kFactoryPassPhrase))
+        unit.SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
+}
+
 } // namespace
 
-MainWindow::MainWindow(QWidget *parent)
-    : QMainWindow(parent, Qt::FramelessWindowHint), ui(std::make_unique<Ui::MainWindow>())
+WindowState::WindowState() = default;
+WindowState::~WindowState() = default;
+
+MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent, Qt::FramelessWindowHint)
 {
+    ui = std::make_unique<Ui::MainWindow>();
     ui->setupUi(this);
     // The list's own sheet gives rgb() an alpha, which the toolkit no longer reads.
     ui->listW_ThumbnailViewer->viewport()->setStyleSheet(
@@ -46,16 +63,14 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::init()
 {
-    command::run(QStringLiteral("amixer"),
-                 {QStringLiteral("set"), QStringLiteral("Headphone"), QStringLiteral("127")});
+    turnHeadphoneUp();
     m_pParams = params::getInstance();
     _GlobalSystemSettings &settings = m_pParams->getParams();
     m_pParams->GetKernelInformation();
     enableRawEncoderDisplay();
     m_pParams->applyBacklight();
 
-    if (settings.WIFIHotSpotPW.contains(wifi::kFactoryPassPhrase))
-        m_pParams->SetWIFIHotspotPW(settings.WIFIHotSpotPW, wifi::devicePassPhrase(settings.WIFImacAddress));
+    renewPassPhrase(*m_pParams);
     m_pParams->configureWifi();
     showHotspot();
     gst_EnableAudioRecording(settings.bMicrophoneActive);
@@ -175,11 +190,11 @@ void MainWindow::shutdownTimerExpired()
 
 void MainWindow::onBusyIndicator(bool on)
 {
-    m_isBusy = on;
+    m_shown.isBusy = on;
     showScreen();
     if (!on)
         m_touches->actionEnded();
-    const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
+    const QScopedValueRollback atWork(m_waiting.actions, m_waiting.actions + 1);
     // Painted before the caller blocks; a touch waits until it is done.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
@@ -200,6 +215,6 @@ void MainWindow::clearLiveVideoLabel()
     QPixmap black(kFrameWidth, kFrameHeight);
     black.fill(Qt::black);
     ui->labelInputVideo->setPixmap(black);
-    const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
+    const QScopedValueRollback atWork(m_waiting.actions, m_waiting.actions + 1);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }

@@ -1,35 +1,15 @@
 // The one window of the unit. Glue by theme: each block below names the source file that has its bodies;
-// decisions are plain functions elsewhere. GUI thread.
+// decisions are plain functions elsewhere, and what it remembers is in windowstate.h. GUI thread.
 #pragma once
 
-#include "app/sleeper.h"
-#include "app/touchguard.h"
-#include "core/cardevents.h"
-#include "core/screens.h"
+#include "app/windowstate.h"
 #include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
-#include "system/messagelog.h"
-
-#include <QElapsedTimer>
-#include <QImage>
-#include <QListWidgetItem>
-#include <QMainWindow>
-
-#include <array>
-#include <memory>
-#include <vector>
 
 class QDialog;
-class QFileSystemWatcher;
 class QModelIndex;
-class QTimer;
-class editorScene;
-class params;
-namespace Ui {
-class MainWindow;
-}
 
-class MainWindow : public QMainWindow
+class MainWindow : public QMainWindow, private WindowState
 {
     Q_OBJECT
 
@@ -37,35 +17,26 @@ public:
     // --- mainwindow.cpp: construction, start-up, timers ---
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override; // stops no pipeline, writes no file
-
-    void init(); // the device start-up; once, before the window is shown
-
+    void init();            // the device start-up; once, before the window is shown
     void setGenericDelayTimer(quint16 ms);
     void startGenericDelayTimer();
     void startPostGstreamerPlayTimer();
     static constexpr quint16 kLongestPostPlay = 6000;    // ms
     quint16 elapsedTimePostGstreamerPlayExpired() const; // since the start, at most kLongestPostPlay
     void clearLiveVideoLabel();
-
     // --- mw_system.cpp ---
     void ask(QDialog &dialog);        // runs it; events wait (mw_events.cpp)
     void ActivateMSDC(bool activate); // offers the card to a USB host, or takes it back
-
-    // Shows raw encoder counts for the rest of the run when the card asks for it; returns 1.
-    int enableRawEncoderDisplay();
-
-    // --- toolsmenu_actions.cpp ---
-
+    int enableRawEncoderDisplay();    // for the rest of the run, when the card asks for it; returns 1
+    // --- mw_toolsactions.cpp ---
     // The fitted reel and the mini module out of the service file, with the dialog where it is missing or
     // asked for; returns 0.
     int ReadSystemImagerConfigurationFile();
-
-    // --- mainstatemachine.cpp ---
+    // --- mw_states.cpp ---
     void ChangeMainState(eMainStates next); // stores the state and runs its action at once
     void MainStateMachine();
     eMainStates mainState() const { return g_MainState; }
     ScreenFacts screenFacts() const; // what the screen shows now follows from these alone
-
     // --- mw_recording.cpp ---
     void closeOpenRecords(); // a film or note that is being written is closed, with its row; whatever ends us
 
@@ -80,86 +51,80 @@ public slots:
     void onProcessSystemShutdown();               // mw_system.cpp
     void onClearPictureEditorButtons();           // mainwindow.cpp
     void onBusyIndicator(bool on);                // mainwindow.cpp
-    void doNextFrame();                           // liveview.cpp
+    void doNextFrame();                           // mw_liveview.cpp
     void systemCheck();                           // mw_system.cpp
-    void setSystemDateTime(QString dateTime);     // toolsmenu_actions.cpp
+    void setSystemDateTime(QString dateTime);     // mw_toolsactions.cpp
     void popUpExpired();                          // mainwindow.cpp
     void shutdownTimerExpired();                  // mainwindow.cpp
     void genericDelayTimerExpired();              // mainwindow.cpp
     void onRecordAudioTimerExpired();             // mw_voicenote.cpp
     void onLogfileChanged(const QString &path);   // mw_messagelog.cpp
     void onDirectoryChanged(const QString &path); // mw_messagelog.cpp
-
-    // The buttons, connected by name: zoom and LED in liveview.cpp, tools in toolsmenu.cpp and
-    // toolsmenu_actions.cpp, the damage catalog in mw_damagecatelog.cpp, the editor's in mw_editor.cpp, the
-    // others in buttonrouting.cpp.
-    void on_btn_menu_CaptureModeSelect_clicked();
-    void on_btn_menu_Tools_clicked();
-    void on_btn_menu_BackButton_clicked();
-    void on_btn_menu_Capture_clicked();
-    void on_btn_menu_zoom_minus_clicked();
-    void on_btn_menu_Thumbnails_clicked();
-    void on_btn_menu_ThumbnailNext_clicked();
-    void on_btn_menu_ThumbnailPrevious_clicked();
-    void on_btn_menu_ThumbnailNextPage_clicked();
-    void on_btn_menu_ThumbnailPreviousPage_clicked();
-    void on_btn_menu_ThumbnailBack_clicked();
-    void on_listW_ThumbnailViewer_clicked(const QModelIndex &);
-    void on_btn_menu_ThumbnailVideoPlayPause_clicked();
-    void on_btn_menu_ThumbnailDeleteImage_clicked();
-    void on_btn_menu_ThumbnailDeleteAudio_clicked();
-    void on_btn_menu_LED_plus_clicked();
-    void on_btn_menu_LED_minus_clicked();
-    void on_btn_menu_ThumbnailFileRename_clicked();
-    void on_btn_menu_zoom_plus_clicked();
-    void on_btn_menu_FolderOptions_clicked();
-    void on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked();
-    void on_btn_DamageCatelog_clicked();
-    void on_btn_tools_SetDate_clicked();
-    void on_btn_tools_SetTime_clicked();
-    void on_btn_tools_DateTimeStamp_clicked();
-    void on_btn_menu_ThumbnailEditImage_clicked();
-    void on_btn_menu_ThumbnailImageEditBack_clicked();
-    void on_btn_menu_ThumbnailImageEditArrow_clicked();
-    void on_btn_menu_ThumbnailImageEditCircle_clicked();
-    void on_btn_menu_ThumbnailImageEditDeleteItem_clicked();
-    void on_btn_menu_ThumbnailImageEditSave_clicked();
-    void on_btn_tools_Auto_On_Off_clicked();
-    void on_btn_tools_LCD_Backlight_clicked();
-    void on_btn_tools_Set_Language_clicked();
-    void on_btn_tools_WiFI_Hotspot_On_Off_clicked();
-    void on_btn_tools_WiFI_Settings_clicked();
-    void on_btn_tools_Select_Camera_Type_clicked();
-    void on_btn_tools_Set_UnitofMeasure_clicked();
-    void on_btn_tools_Microphone_On_Off_clicked();
-    void on_btn_tools_Format_Media_clicked();
-    void on_btn_menu_ThumbnailImageEditText_clicked();
-    void on_btn_tools_Network_Streaming_On_Off_clicked();
-    void on_btn_tools_Reset_Meter_Counter_clicked();
-    void on_btn_tools_Reset_Damage_Catelog_clicked();
-    void on_btn_menu_ThumbnailImageEditColor_clicked();
-    void on_btn_tools_ExitApplication_clicked();
-    void on_btn_menu_UnmountMedia_clicked();
+    // The buttons, connected by name. The order of signals and slots is kept for whoever connects by number.
+    void on_btn_menu_CaptureModeSelect_clicked();                // mw_buttons.cpp
+    void on_btn_menu_Tools_clicked();                            // mw_toolsmenu.cpp
+    void on_btn_menu_BackButton_clicked();                       // mw_toolsmenu.cpp
+    void on_btn_menu_Capture_clicked();                          // mw_buttons.cpp
+    void on_btn_menu_zoom_minus_clicked();                       // mw_liveview.cpp
+    void on_btn_menu_Thumbnails_clicked();                       // mw_buttons.cpp
+    void on_btn_menu_ThumbnailNext_clicked();                    // mw_buttons.cpp
+    void on_btn_menu_ThumbnailPrevious_clicked();                // mw_buttons.cpp
+    void on_btn_menu_ThumbnailNextPage_clicked();                // mw_buttons.cpp
+    void on_btn_menu_ThumbnailPreviousPage_clicked();            // mw_buttons.cpp
+    void on_btn_menu_ThumbnailBack_clicked();                    // mw_buttons.cpp
+    void on_listW_ThumbnailViewer_clicked(const QModelIndex &);  // mw_buttons.cpp
+    void on_btn_menu_ThumbnailVideoPlayPause_clicked();          // mw_buttons.cpp
+    void on_btn_menu_ThumbnailDeleteImage_clicked();             // mw_buttons.cpp
+    void on_btn_menu_ThumbnailDeleteAudio_clicked();             // mw_buttons.cpp
+    void on_btn_menu_LED_plus_clicked();                         // mw_liveview.cpp
+    void on_btn_menu_LED_minus_clicked();                        // mw_liveview.cpp
+    void on_btn_menu_ThumbnailFileRename_clicked();              // mw_buttons.cpp
+    void on_btn_menu_zoom_plus_clicked();                        // mw_liveview.cpp
+    void on_btn_menu_FolderOptions_clicked();                    // mw_toolsactions.cpp
+    void on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked(); // mw_buttons.cpp
+    void on_btn_DamageCatelog_clicked();                         // mw_damagecatelog.cpp
+    void on_btn_tools_SetDate_clicked();                         // mw_toolsactions.cpp
+    void on_btn_tools_SetTime_clicked();                         // mw_toolsactions.cpp
+    void on_btn_tools_DateTimeStamp_clicked();                   // mw_toolsmenu.cpp
+    void on_btn_menu_ThumbnailEditImage_clicked();               // mw_editor.cpp
+    void on_btn_menu_ThumbnailImageEditBack_clicked();           // mw_editor.cpp
+    void on_btn_menu_ThumbnailImageEditArrow_clicked();          // mw_editor.cpp
+    void on_btn_menu_ThumbnailImageEditCircle_clicked();         // mw_editor.cpp
+    void on_btn_menu_ThumbnailImageEditDeleteItem_clicked();     // mw_editor.cpp
+    void on_btn_menu_ThumbnailImageEditSave_clicked();           // mw_editor.cpp
+    void on_btn_tools_Auto_On_Off_clicked();                     // mw_toolsmenu.cpp
+    void on_btn_tools_LCD_Backlight_clicked();                   // mw_toolsmenu.cpp
+    void on_btn_tools_Set_Language_clicked();                    // mw_toolsmenu.cpp
+    void on_btn_tools_WiFI_Hotspot_On_Off_clicked();             // mw_toolsmenu.cpp
+    void on_btn_tools_WiFI_Settings_clicked();                   // mw_toolsactions.cpp
+    void on_btn_tools_Select_Camera_Type_clicked();              // mw_toolsactions.cpp
+    void on_btn_tools_Set_UnitofMeasure_clicked();               // mw_toolsmenu.cpp
+    void on_btn_tools_Microphone_On_Off_clicked();               // mw_toolsmenu.cpp
+    void on_btn_tools_Format_Media_clicked();                    // mw_toolsactions.cpp
+    void on_btn_menu_ThumbnailImageEditText_clicked();           // mw_editor.cpp
+    void on_btn_tools_Network_Streaming_On_Off_clicked();        // mw_toolsmenu.cpp
+    void on_btn_tools_Reset_Meter_Counter_clicked();             // mw_toolsactions.cpp
+    void on_btn_tools_Reset_Damage_Catelog_clicked();            // mw_toolsactions.cpp
+    void on_btn_menu_ThumbnailImageEditColor_clicked();          // mw_editor.cpp
+    void on_btn_tools_ExitApplication_clicked();                 // mw_toolsactions.cpp
+    void on_btn_menu_UnmountMedia_clicked();                     // mw_toolsactions.cpp
 
 private:
-    // The entry actions of the states, each in the file of its screen.
 #define TUBIX_MARK(...)
 #define TUBIX_ENTER(state, action, ...) void action();
-    TUBIX_STATES(TUBIX_MARK, TUBIX_ENTER)
+    TUBIX_STATES(TUBIX_MARK, TUBIX_ENTER) // the entry actions, each in the file of its screen
 #undef TUBIX_MARK
 #undef TUBIX_ENTER
-    using EntryAction = void (MainWindow::*)();
-    static const EntryAction kEntryActions[]; // by state
 
     // --- mainwindow.cpp ---
     void createTimers();
     void startMediaFramework();
     void endDelay(); // of the wait after a film
 
-    // --- liveview.cpp: live picture, zoom, light ---
-    void buildLivePicture(); // the pipeline of live view or stream; until its first frame no picture is shown
+    // --- mw_liveview.cpp: live picture, zoom, light ---
+    void buildLivePicture(); // of live view or stream; until its first frame no picture is shown
     void showLivePicture();  // ends every way into live view and every rebuild of a live layout
-    void announceReady();    // tells once that the camera picture is on the screen
+    void announceReady();    // once: the camera picture is on the screen
     void followPicture();
     void showNoPicture(); // black, with the busy sign, until a frame of the pipeline that runs has come
     void changeZoom(int step);
@@ -169,7 +134,6 @@ private:
     // --- mw_system.cpp: the 200 ms check ---
     void followDisplay();
     void showCableLength();
-    void endDamageNote();
     void showBattery();
     void showCriticalBattery(const char *picture);
     void shutDown();
@@ -179,6 +143,7 @@ private:
     void announce(UnitEvent event); // takes it now, or as soon as no action and no question is on the stack
     void takeEvents();
     void take(UnitEvent event);
+    void takeMountedCard();
     bool endsScreen(UnitEvent event) const;
     void tellDialogs();
     void closeDialogs();
@@ -189,22 +154,19 @@ private:
     // --- mw_messagelog.cpp: the kernel's messages ---
     void watchMessageLog();
     void readMessageLog();
-    void announceCard(const messagelog::Batch &batch);
 
     // --- mw_filesystem.cpp: card states, stills ---
-    void takeCard();      // looks whether it is mounted; then it is ours
-    void useCard();       // its folders, its upgrade, and the host
+    void takeCard();      // looks whether it is mounted; then it is ours: folders, upgrade, host
     void refreshFolder(); // the current folder gets what it lacks, and is listed
     void offerUpgrade();
     void endCardEvent(eMainStates event, eMainStates previous);
     bool mayCapture(eMainStates state);
     void awaitStill();
     void savePicture();
-    // At the meter count.
     void logCapture(eLogFileOperation operation, const QString &name,
-                    const QTime &time = QTime::currentTime());
+                    const QTime &time = QTime::currentTime()); // at the meter count
     void showCurrentFolder();
-    bool confirm(const char *picture); // asks with a picture; blocks until answered, no when the card goes
+    bool confirm(const char *picture); // blocks until answered; no when the card goes
     void tell(const char *picture);
     void tellCardLost();         // what was being written is gone
     void tellCardTakesNothing(); // full, or cannot be written: the picture that fits
@@ -223,7 +185,6 @@ private:
     void followRecording();    // running time, size, and room on the card, at every frame
     void saveFilmThumbnail(const QString &name);
     void repairFilms();         // those of the current folder whose writing was cut off
-    void tellLostSound();       // the microphone's picture, for a moment
     void followNetworkStream(); // switched off when the pipeline gave it up
 
     // --- mw_damagecatelog.cpp: findings noted in the live picture ---
@@ -234,17 +195,14 @@ private:
     void showTool(int mode); // an eMode: its button's picture active, the others not
     bool saveEditedImage();  // false: nothing was written, the drawing stays
     void leaveEditor();      // asks for unsaved edits, then back to the file
-    void closeEditor();      // at once, whatever is in it; nothing to do when it is not open
+    void closeEditor();      // at once, whatever is in it
 
-    // --- buttonrouting.cpp ---
+    // --- mw_buttons.cpp ---
     void route(eEventLogOperation operation, const char *text, eMainStates next); // log, then change
     void tellCardFullInLiveView();
-    void playOrPauseNote();
-    void startOrStopNote();
     void ProcessBackRequest();
 
     // --- mw_browser.cpp: pages of thumbnails, the selected file ---
-    void setUpThumbnailList();
     void turnPage(int step);
     void DisplayThumbnails();
     bool getThumbnailImage(const UnitPath &path); // a film's first frame into tmpQimage
@@ -270,83 +228,21 @@ private:
     void endNoteRecording();
 
     // --- mw_files.cpp: deleting and renaming ---
-    void logFileOperation(eLogFileOperation operation, const QString &file, const QString &text);
     void DeleteFile(bool deletePicture, bool deleteAudio);
     void RenameFile();
     void renameSelected(const QString &name);
     void countPages();
 
-    // --- mainstatemachine.cpp ---
+    // --- mw_states.cpp ---
     void restoreMainState(eMainStates state); // back to a state without running its action again
-    ScreenKind screenNow() const;
     void showScreen(); // the only place that shows, hides, enables and disables what the rules name
 
-    // --- toolsmenu.cpp: the tools page and its settings ---
+    // --- mw_toolsmenu.cpp, mw_toolsactions.cpp: the tools page ---
     void chooseLivePipelineMode(); // live view or stream, for the next build
-    void lookForAddress();
     void initToolsMenu();
     void UpdateMenuSystemInformation();
     void updateMainMenuSDCardInfo();
     void showClock();
-    void showAutoShutdown();
-    void showLanguage();
-    void showUnitOfMeasure();
     void showHotspot();
-
-    // --- toolsmenu_actions.cpp ---
     void showCameraHead();
-    void askForHead();
-
-    std::unique_ptr<Ui::MainWindow> ui;
-    editorScene *mainScene = nullptr; // child of the window
-    QString m_editedName;             // of the picture that the pop-up tells; empty: named when it is written
-    QTimer *imageTimer = nullptr;
-    QTimer *systemCheckTimer = nullptr;
-    QTimer *popUpTimer = nullptr;
-    QTimer *shutdownTimer = nullptr;
-    QTimer *recordAudioTimer = nullptr;
-    QTimer *genericDelayTimer = nullptr;
-    QTimer *toolsClockTimer = nullptr; // runs while the tools page is shown
-    QFileSystemWatcher *messagelogWatcher = nullptr;
-    QElapsedTimer elapsedTime; // running time of a recording
-    QElapsedTimer elapsedTimePostGstreamerPlaying;
-    QImage tmpQimage;                                // the picture last shown
-    std::array<QListWidgetItem, 12> g_ListItemArray; // of one page; the list only borrows them
-    qint32 g_selectedItemFileIndex = 0;              // in g_FileListing
-    bool m_selectedFileIsReadable = false;
-    qint32 nFrame = 0;
-    eMainStates g_MainState = eStateLive;
-    eMainStates g_prevMainState = eStateLive;
-    params *m_pParams = nullptr; // not owned
-    qint16 m_i2cRetries = 0;     // meter readings failed in a row
-    qint32 nSystemCheck = 0;     // calls of systemCheck() that reached their end
-    PendingEvents m_events;
-    int m_questions = 0;   // dialogs on the stack
-    int m_actionDepth = 0; // entry actions, and events let through by them, on the stack
-    messagelog::Batch m_logBatch;
-
-    // What the screen's rules ask for besides state, settings and listing.
-    struct ScreenWidget
-    {
-        QWidget *widget;
-        const WidgetRule *rule;
-    };
-    std::vector<ScreenWidget> m_screenWidgets;
-    TouchGuard *m_touches = nullptr;        // child of the window
-    ScreenKind m_screen = ScreenKind::Live; // the one that is shown
-    bool m_isBusy = false;
-    bool m_hasPicture = false;
-    bool m_isCatalogOpen = false;
-    bool m_batteryIsCritical = false;
-
-    CardHold m_card = CardHold::Awaited;
-
-    // A film is one of the card from its first picture on.
-    enum class Film { None, Awaited, Runs };
-    Film m_film = Film::None;
-    QElapsedTimer m_awaitedSince; // a still's or a film's first picture
-
-    bool m_isShuttingDown = false;
-    bool m_isReady = false; // the line of announceReady() was printed
-    Sleeper delay;
 };

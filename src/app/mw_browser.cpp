@@ -51,6 +51,23 @@ QImage thumbnailOf(const sSnakeFileInfo &file)
     return file.annotated ? withMark(picture, QImage(graphic("file_wav.png"))) : picture;
 }
 
+void setUp(QListWidget &list)
+{
+    list.setViewMode(QListView::IconMode);
+    list.setMovement(QListView::Static);
+    list.setResizeMode(QListView::Fixed);
+    list.setFrameShape(QFrame::NoFrame);
+    list.setFrameShadow(QFrame::Plain);
+    list.setUniformItemSizes(true);
+    list.setAutoScroll(false);
+    list.setGridSize({144, 112});
+    list.setGeometry(70, 120, 580, 336);
+    list.setIconSize({128, 96});
+    QFont names = list.font();
+    names.setPixelSize(11); // what a row has left below its icon
+    list.setFont(names);
+}
+
 } // namespace
 
 void MainWindow::enterEnterPlaybackThumbnails()
@@ -66,26 +83,8 @@ void MainWindow::enterEnterPlaybackThumbnails()
         ChangeMainState(eStatePlaybackNothingSaved);
         return;
     }
-    setUpThumbnailList();
+    setUp(*ui->listW_ThumbnailViewer);
     ChangeMainState(eStatePlaybackThumbnailsSelectable);
-}
-
-void MainWindow::setUpThumbnailList()
-{
-    QListWidget &list = *ui->listW_ThumbnailViewer;
-    list.setViewMode(QListView::IconMode);
-    list.setMovement(QListView::Static);
-    list.setResizeMode(QListView::Fixed);
-    list.setFrameShape(QFrame::NoFrame);
-    list.setFrameShadow(QFrame::Plain);
-    list.setUniformItemSizes(true);
-    list.setAutoScroll(false);
-    list.setGridSize({144, 112});
-    list.setGeometry(70, 120, 580, 336);
-    list.setIconSize({128, 96});
-    QFont names = list.font();
-    names.setPixelSize(11); // what a row has left below its icon
-    list.setFont(names);
 }
 
 void MainWindow::enterPlaybackThumbnailsPreviousPage()
@@ -205,10 +204,9 @@ void MainWindow::placePicture(const QRect &place)
 void MainWindow::displaySelectedFilm()
 {
     const QImage frame = firstFrameOfFilm(hostPathInFolder(g_SavedFSInfo.currSelectedFile));
-    m_selectedFileIsReadable = !frame.isNull();
+    m_shown.fileIsReadable = !frame.isNull();
     // A film that cannot be read keeps the picture that the page has of it.
-    tmpQimage =
-        m_selectedFileIsReadable ? frame : thumbnailOf(g_FileListing[size_t(g_selectedItemFileIndex)]);
+    tmpQimage = m_shown.fileIsReadable ? frame : thumbnailOf(g_FileListing[size_t(g_selectedItemFileIndex)]);
     placePicture(kFilmPlace);
     ui->labelInputVideo->setPixmap(QPixmap::fromImage(tmpQimage));
     ui->btn_menu_ThumbnailVideoPlayPause->setIcon(graphicIcon("btn_play.png"));
@@ -220,9 +218,9 @@ void MainWindow::displaySelectedPicture()
 {
     placePicture(kPicturePlace);
     const QImage picture = readPicture(hostPathInFolder(g_SavedFSInfo.currSelectedFile), kFinestPicture);
-    m_selectedFileIsReadable = !picture.isNull();
-    ui->labelInputVideo->setPixmap(m_selectedFileIsReadable ? QPixmap::fromImage(picture)
-                                                            : QPixmap(graphic("popup_image_error.png")));
+    m_shown.fileIsReadable = !picture.isNull();
+    ui->labelInputVideo->setPixmap(m_shown.fileIsReadable ? QPixmap::fromImage(picture)
+                                                          : QPixmap(graphic("popup_image_error.png")));
     showNoteButton();
     ChangeMainState(eStatePlaybackSnapshot);
 }

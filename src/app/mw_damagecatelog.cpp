@@ -9,7 +9,7 @@
 
 void MainWindow::on_btn_DamageCatelog_clicked()
 {
-    m_isCatalogOpen = true;
+    m_shown.isCatalogOpen = true;
     showScreen();
     ActivateMSDC(false);
 
@@ -19,7 +19,7 @@ void MainWindow::on_btn_DamageCatelog_clicked()
     if (catalog.returnValue)
         noteDamage(catalog.returnDamageDescription);
 
-    m_isCatalogOpen = false;
+    m_shown.isCatalogOpen = false;
     showScreen();
     // A host never gets the card while a film is written to it; the film's end offers it again.
     if (m_film == Film::None)

@@ -13,25 +13,25 @@
 
 void MainWindow::announce(UnitEvent event)
 {
-    m_events.add(event);
+    m_waiting.events.add(event);
     takeEvents();
 }
 
 // A question is over when whoever asked goes on, not yet when its dialog is gone.
 void MainWindow::ask(QDialog &dialog)
 {
-    const QScopedValueRollback asked(m_questions, m_questions + 1);
+    const QScopedValueRollback asked(m_waiting.questions, m_waiting.questions + 1);
     dialog.exec();
 }
 
 void MainWindow::takeEvents()
 {
-    while (!m_events.isEmpty()) {
-        if (m_questions > 0)
+    while (!m_waiting.events.isEmpty()) {
+        if (m_waiting.questions > 0)
             tellDialogs();
-        if (m_questions > 0 || m_actionDepth > 0)
+        if (m_waiting.questions > 0 || m_waiting.actions > 0)
             return; // systemCheck() comes by again
-        take(m_events.takeFirst());
+        take(m_waiting.events.takeFirst());
     }
 }
 
@@ -39,64 +39,61 @@ void MainWindow::take(UnitEvent event)
 {
     switch (event) {
     case UnitEvent::CardInserted:
-        ChangeMainState(eStateSDCardInserted);
-        break;
-    case UnitEvent::CardMounted: {
-        const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
-        if (m_card != CardHold::Taken)
-            takeCard();
-        break;
-    }
+        return ChangeMainState(eStateSDCardInserted);
+    case UnitEvent::CardMounted:
+        return takeMountedCard();
     case UnitEvent::CardRemoved:
-        ChangeMainState(eStateSDCardRemoved);
-        break;
+        return ChangeMainState(eStateSDCardRemoved);
     case UnitEvent::CardCorrupt:
-        ChangeMainState(eStateSDCardCorrupt);
-        break;
+        return ChangeMainState(eStateSDCardCorrupt);
     case UnitEvent::UsbChanged:
         if (usbHostIsAttached() != (g_MainState == eStateUsbActive))
             ChangeMainState(g_MainState == eStateUsbActive ? eStateUsbDisconnected : eStateUsbActive);
-        break;
+        return;
     case UnitEvent::CameraLost:
         if (g_gst_VideoPipelineMode == eGSTStateError)
             ChangeMainState(eStateVideoInputPipelineFailure);
-        break;
+        return;
     case UnitEvent::FilmEnds:
         if (m_film != Film::None)
             ChangeMainState(eStateLiveTerminateSavingMovie);
-        break;
+        return;
     case UnitEvent::NoteEnds:
         if (g_MainState == eStatePlaybackSnapshotRecordingAudio)
             ChangeMainState(eStatePlaybackSnapshotTerminateRecordingAudio);
-        break;
+        return;
     case UnitEvent::PlaybackOver:
-        endPlayback();
-        break;
+        return endPlayback();
     case UnitEvent::PopUpOver:
-        ChangeMainState(g_MainState == eStateCaptureWindowEntry ? eStateCaptureWindowExit
-                                                                : eStatePlaybackEditSaveImageExit);
-        break;
+        return ChangeMainState(g_MainState == eStateCaptureWindowEntry ? eStateCaptureWindowExit
+                                                                       : eStatePlaybackEditSaveImageExit);
     case UnitEvent::DelayOver:
-        endDelay();
-        break;
+        return endDelay();
     case UnitEvent::Shutdown:
-        shutDown();
-        break;
+        return shutDown();
     }
+}
+
+// In no state of its own: the screen goes on, with the card.
+void MainWindow::takeMountedCard()
+{
+    const QScopedValueRollback atWork(m_waiting.actions, m_waiting.actions + 1);
+    if (m_card != CardHold::Taken)
+        takeCard();
 }
 
 bool MainWindow::endsScreen(UnitEvent event) const
 {
-    return closesDialogs(event, m_screen, g_MainState, m_actionDepth > 0);
+    return closesDialogs(event, m_shown.screen, g_MainState, m_waiting.actions > 0);
 }
 
 // Of a pulled card a dialog learns by the signal alone, and knows what that means for it; told again as long
 // as one stands, since it may have come up after the card went.
 void MainWindow::tellDialogs()
 {
-    if (m_events.contains(UnitEvent::CardRemoved))
+    if (m_waiting.events.contains(UnitEvent::CardRemoved))
         emit SDCardRemoved();
-    if (m_events.first() != UnitEvent::CardRemoved && endsScreen(m_events.first()))
+    if (m_waiting.events.first() != UnitEvent::CardRemoved && endsScreen(m_waiting.events.first()))
         closeDialogs();
 }
 

@@ -20,6 +20,13 @@ Q_LOGGING_CATEGORY(log, "tubix.app")
 // Names of files are typed on the English keyboard, whatever the language.
 const QString kNameKeyboard = QStringLiteral(":/keyboardwidget/keyboard_en.xml");
 
+// At the meter count.
+void logFileOperation(eLogFileOperation operation, const QString &file, const QString &text)
+{
+    UpdateLogFiles(operation, static_cast<unsigned short>(params::getInstance()->getParams().MeterCount),
+                   file, text);
+}
+
 } // namespace
 
 void MainWindow::enterFileDeleteImage()
@@ -40,11 +47,6 @@ void MainWindow::enterPlaybackRenameFile()
 {
     stopPlayback();
     RenameFile();
-}
-
-void MainWindow::logFileOperation(eLogFileOperation operation, const QString &file, const QString &text)
-{
-    UpdateLogFiles(operation, static_cast<unsigned short>(m_pParams->getParams().MeterCount), file, text);
 }
 
 void MainWindow::DeleteFile(bool deletePicture, bool deleteAudio)

@@ -79,18 +79,14 @@ void MainWindow::takeCard()
 {
     updateMainMenuSDCardInfo();
     m_card = SDCardInfo.inserted ? CardHold::Taken : CardHold::Awaited;
-    if (m_card == CardHold::Taken)
-        useCard();
+    if (m_card == CardHold::Taken) {
+        CreateDCIMStructure({});
+        refreshFolder();
+        if (mayAskForUpgrade(m_shown.screen) && SystemUpgradePresent())
+            offerUpgrade();
+        ActivateMSDC(true);
+    }
     showScreen();
-}
-
-void MainWindow::useCard()
-{
-    CreateDCIMStructure({});
-    refreshFolder();
-    if (mayAskForUpgrade(m_screen) && SystemUpgradePresent())
-        offerUpgrade();
-    ActivateMSDC(true);
 }
 
 void MainWindow::refreshFolder()
@@ -98,13 +94,13 @@ void MainWindow::refreshFolder()
     completeCurrentFolder();
     repairFilms();
     ReadDirectory(g_SavedFSInfo.currRootDirectory);
-    if (m_screen == ScreenKind::Live || m_screen == ScreenKind::Usb)
+    if (m_shown.screen == ScreenKind::Live || m_shown.screen == ScreenKind::Usb)
         showCurrentFolder();
 }
 
 void MainWindow::offerUpgrade()
 {
-    const bool showsPicture = m_screen == ScreenKind::Live;
+    const bool showsPicture = m_shown.screen == ScreenKind::Live;
     gst_EndVideoInputPipeline();
     if (confirm("confirmation_software_upgrade.png")) {
         emit BusyIndicator(true);

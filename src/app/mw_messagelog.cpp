@@ -68,7 +68,7 @@ void MainWindow::onLogfileChanged(const QString &path)
 {
     if (m_logBatch.isReading())
         return; // looked at again at its end
-    const auto believed = lastCardEvent(m_events, g_MainState, g_prevMainState);
+    const auto believed = lastCardEvent(m_waiting.events, g_MainState, g_prevMainState);
     m_logBatch = messagelog::Batch(cardAfter(believed), qint64(m_pParams->getParams().lastMessageLogLocation),
                                    QFileInfo(path).size());
     readMessageLog();
@@ -89,15 +89,10 @@ void MainWindow::readMessageLog()
     }
     m_pParams->getParams().lastMessageLogLocation = quint64(m_logBatch.nextLocation());
     const bool hasGrown = file.size() > m_logBatch.size();
-    announceCard(m_logBatch);
+    const auto believed = lastCardEvent(m_waiting.events, g_MainState, g_prevMainState);
+    for (const UnitEvent event :
+         cardNews(eventOf(m_logBatch.card()), believed, m_logBatch.sawRemoval(), SDCardInfo.inserted))
+        announce(event);
     if (hasGrown) // while we read, so that nobody told us
         QTimer::singleShot(0, this, [this] { onLogfileChanged(logFile()); });
-}
-
-void MainWindow::announceCard(const messagelog::Batch &batch)
-{
-    const auto believed = lastCardEvent(m_events, g_MainState, g_prevMainState);
-    for (const UnitEvent event :
-         cardNews(eventOf(batch.card()), believed, batch.sawRemoval(), SDCardInfo.inserted))
-        announce(event);
 }

@@ -80,7 +80,7 @@ void MainWindow::showFilmFrame()
 {
     if (!g_FilmFrameReady)
         return;
-    m_selectedFileIsReadable = true; // whatever its first frame was like
+    m_shown.fileIsReadable = true; // whatever its first frame was like
     tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
     ui->labelInputVideo->showFrame(tmpQimage, tmpQimage.rect());
 }

@@ -32,6 +32,19 @@ UnitPath thumbnailOf(const QString &film)
     return inCurrentFolder(capturefiles::storedThumbnailOf(film));
 }
 
+// The microphone's picture over the camera's, for a moment.
+void tellLostSound(const QWidget &picture)
+{
+    auto *sign = new QLabel(picture.parentWidget());
+    sign->setObjectName(QStringLiteral("lbl_LostSound"));
+    sign->setPixmap(QPixmap(graphic("btn_tools_microphone_off.png")));
+    sign->setAttribute(Qt::WA_TransparentForMouseEvents);
+    sign->adjustSize();
+    sign->move(picture.geometry().center() - sign->rect().center());
+    sign->show();
+    QTimer::singleShot(kLostSoundShown, sign, &QObject::deleteLater);
+}
+
 } // namespace
 
 // A file of its own for what is recorded from here on.
@@ -54,7 +67,7 @@ void MainWindow::enterLiveSavingMovieQueued()
         return;
     startFilm();
     clearLiveVideoLabel();
-    m_hasPicture = false;
+    m_shown.hasPicture = false;
     ui->lbl_VideoLengthIndicator->setText(runningTimeText(0));
     ui->btn_menu_Capture->setIcon(graphicIcon("btn_stop.png"));
     imageTimer->start();
@@ -93,25 +106,13 @@ void MainWindow::followRecording()
 {
     ui->lbl_VideoLengthIndicator->setText(runningTimeText(elapsedTime.elapsed()));
     if (gst_TakeLostSound())
-        tellLostSound();
+        tellLostSound(*ui->labelInputVideo);
     if (nFrame % kCardCheckTicks != 0)
         return;
     if (isDiskFull())
         announce(UnitEvent::FilmEnds);
     else if (QFileInfo(unit::path(inCurrentFolder(g_SavedFSInfo.currFileName))).size() >= filmlimit::bytes())
         continueInNextFilm();
-}
-
-void MainWindow::tellLostSound()
-{
-    auto *sign = new QLabel(this);
-    sign->setObjectName(QStringLiteral("lbl_LostSound"));
-    sign->setPixmap(QPixmap(graphic("btn_tools_microphone_off.png")));
-    sign->setAttribute(Qt::WA_TransparentForMouseEvents);
-    sign->adjustSize();
-    sign->move(ui->labelInputVideo->geometry().center() - sign->rect().center());
-    sign->show();
-    QTimer::singleShot(kLostSoundShown, sign, &QObject::deleteLater);
 }
 
 // Whoever looks at the screen sees the recording go on, running time and all. First the new film, then what

@@ -80,7 +80,7 @@ void MainWindow::followDisplay()
     const bool planeDraws = displayDraws(boardElements());
     if (g_InputFrameReady && !m_isReady && planeDraws)
         announceReady();
-    if (!planeDraws && m_screen == ScreenKind::Live && ui->labelInputVideo->isHidden())
+    if (!planeDraws && m_shown.screen == ScreenKind::Live && ui->labelInputVideo->isHidden())
         showLivePicture();
 }
 
@@ -102,14 +102,10 @@ void MainWindow::showCableLength()
         return;
     if (settings.currDamageCatelogMeterCount < 0)
         settings.currDamageCatelogMeterCount = settings.MeterCount; // noted where the length was not known
-    if (settings.bDamageCatelogAnnotationActive &&
-        hasLeftDamageNote(settings.MeterCount, settings.currDamageCatelogMeterCount))
-        endDamageNote();
-}
-
-void MainWindow::endDamageNote()
-{
-    m_pParams->getParams().bDamageCatelogAnnotationActive = false;
+    if (!settings.bDamageCatelogAnnotationActive ||
+        !hasLeftDamageNote(settings.MeterCount, settings.currDamageCatelogMeterCount))
+        return;
+    settings.bDamageCatelogAnnotationActive = false;
     ui->lbl_DamageCatelogText->clear();
     gst_UpdateVideoDamageCatelog("", 0);
 }
@@ -132,7 +128,7 @@ void MainWindow::showCriticalBattery(const char *picture)
 {
     closeDialogs(); // nobody answers them any more, and they hide the picture
     imageTimer->stop();
-    m_batteryIsCritical = true;
+    m_shown.batteryIsCritical = true;
     ui->labelInputVideo->setPixmap(QPixmap(graphic(picture)));
     showScreen();
     // The next look at the battery comes in 3.2 s: it must not put the end off again and again.
@@ -203,7 +199,7 @@ void MainWindow::shutDown()
     m_isShuttingDown = true;
     m_touches->close();
     emit BusyIndicator(true);
-    const bool endedPicture = m_screen == ScreenKind::Live || m_screen == ScreenKind::Recording;
+    const bool endedPicture = m_shown.screen == ScreenKind::Live || m_shown.screen == ScreenKind::Recording;
     imageTimer->stop();
     closeOpenRecords(); // a film is on the card, whole, before the power goes
     UpdateEventLog(eEventShutDown, QStringLiteral("Shutdown power switch pressed"));

@@ -12,6 +12,8 @@
 #include "storage/listing.h"
 #include "storage/sdcard.h"
 
+#include <optional>
+
 namespace {
 
 struct CaptureModeFace
@@ -26,6 +28,44 @@ constexpr CaptureModeFace kVideo = {eVideoCapture, "btn_capturemode_video.png",
                                     "Capture mode changed button clicked - video"};
 constexpr CaptureModeFace kStill = {eStillImageCapture, "btn_capturemode_still.png",
                                     "Capture mode changed button clicked - still"};
+
+struct NoteTouch
+{
+    const char *text;
+    eMainStates next;
+};
+
+std::optional<NoteTouch> playOrPause(eGstreamerState playback)
+{
+    switch (playback) {
+    case eGSTStateLiveVideo:
+    case eGSTStateQueued:
+    case eGSTStatePaused:
+    case eGSTStateNull:
+    case eGSTStateReady:
+        return NoteTouch{"Thumbnail Annotate/Record/Play/Pause button clicked - audio playing",
+                         eStatePlaybackSnapshotAudioPlaying};
+    case eGSTStatePlaying:
+        return NoteTouch{"Thumbnail Annotate/Record/Play/Pause button clicked - audio paused",
+                         eStatePlaybackSnapshotAudioPaused};
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<NoteTouch> startOrStop(eGstreamerState recording)
+{
+    switch (recording) {
+    case eGSTStateNull:
+        return NoteTouch{"Thumbnail Annotate/Record/Play/Pause button clicked - recording audio",
+                         eStatePlaybackSnapshotRecordingAudio};
+    case eGSTStateRecordingAudio:
+        return NoteTouch{"Thumbnail Annotate/Record/Play/Pause button clicked - terminate recording audio",
+                         eStatePlaybackSnapshotTerminateRecordingAudio};
+    default:
+        return std::nullopt;
+    }
+}
 
 } // namespace
 
@@ -152,50 +192,12 @@ void MainWindow::on_btn_menu_ThumbnailVideoPlayPause_clicked()
 // A note that is being recorded ends, also on a full card: its end tells of the card.
 void MainWindow::on_btn_menu_ThumbnailAnnotateRecordPlayPause_clicked()
 {
-    if (g_FileListing[size_t(g_selectedItemFileIndex)].annotated)
-        playOrPauseNote();
-    else if (g_MainState != eStatePlaybackSnapshotRecordingAudio && isDiskFull())
+    const bool hasNote = g_FileListing[size_t(g_selectedItemFileIndex)].annotated;
+    if (!hasNote && g_MainState != eStatePlaybackSnapshotRecordingAudio && isDiskFull())
         tellCardTakesNothing();
-    else
-        startOrStopNote();
-}
-
-void MainWindow::playOrPauseNote()
-{
-    constexpr eEventLogOperation operation = eEventThumbnailAnnotateRecordPlayPause;
-    switch (g_GstreamerAudioPlaybackPipelineState) {
-    case eGSTStateLiveVideo:
-    case eGSTStateQueued:
-    case eGSTStatePaused:
-    case eGSTStateNull:
-    case eGSTStateReady:
-        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - audio playing",
-              eStatePlaybackSnapshotAudioPlaying);
-        break;
-    case eGSTStatePlaying:
-        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - audio paused",
-              eStatePlaybackSnapshotAudioPaused);
-        break;
-    default:
-        break;
-    }
-}
-
-void MainWindow::startOrStopNote()
-{
-    constexpr eEventLogOperation operation = eEventThumbnailAnnotateRecordPlayPause;
-    switch (g_GstreamerAudioRecordPipelineState) {
-    case eGSTStateNull:
-        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - recording audio",
-              eStatePlaybackSnapshotRecordingAudio);
-        break;
-    case eGSTStateRecordingAudio:
-        route(operation, "Thumbnail Annotate/Record/Play/Pause button clicked - terminate recording audio",
-              eStatePlaybackSnapshotTerminateRecordingAudio);
-        break;
-    default:
-        break;
-    }
+    else if (const auto asked = hasNote ? playOrPause(g_GstreamerAudioPlaybackPipelineState)
+                                        : startOrStop(g_GstreamerAudioRecordPipelineState))
+        route(eEventThumbnailAnnotateRecordPlayPause, asked->text, asked->next);
 }
 
 void MainWindow::ProcessBackRequest()

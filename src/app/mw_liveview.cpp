@@ -52,7 +52,7 @@ void MainWindow::showLivePicture()
     if (const quint8 level = m_pParams->getParams().ZoomLevel; level > 0)
         gst_SetZoomLevel(level);
     if (displayDraws(boardElements())) {
-        m_hasPicture = true; // the overlay plane shows it as it comes
+        m_shown.hasPicture = true; // the overlay plane shows it as it comes
         showScreen();
         return;
     }
@@ -93,11 +93,11 @@ void MainWindow::doNextFrame()
         break;
     case FrameJob::AwaitStill:
         followPicture();
-        if (m_actionDepth == 0)
+        if (m_waiting.actions == 0)
             awaitStill();
         break;
     case FrameJob::AwaitFilm:
-        if (m_actionDepth == 0)
+        if (m_waiting.actions == 0)
             awaitFilm();
         break;
     case FrameJob::Recording:
@@ -118,19 +118,19 @@ void MainWindow::doNextFrame()
 void MainWindow::followPicture()
 {
     if (!gst_PictureIsCurrent()) {
-        if (m_hasPicture)
+        if (m_shown.hasPicture)
             showNoPicture();
         return;
     }
     tmpQimage = QImage(g_pcFrameBuffer[g_fbOutIdx], kFrameWidth, kFrameHeight, QImage::Format_RGB16);
     ui->labelInputVideo->showFrame(tmpQimage, zoom::liveCrop(m_pParams->getParams().ZoomLevel));
-    if (!std::exchange(m_hasPicture, true))
+    if (!std::exchange(m_shown.hasPicture, true))
         showScreen();
 }
 
 void MainWindow::showNoPicture()
 {
-    m_hasPicture = false;
+    m_shown.hasPicture = false;
     QPixmap black(kFrameWidth, kFrameHeight);
     black.fill(Qt::black);
     ui->labelInputVideo->setPixmap(black);

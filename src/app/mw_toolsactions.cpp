@@ -156,14 +156,12 @@ void MainWindow::on_btn_tools_Select_Camera_Type_clicked()
 
 // The dialog comes up once for a missing file or on request, and once more when the file cannot be read then;
 // the values stay as they are without one.
-void MainWindow::askForHead()
-{
-    SystemImagerConfiguration dialog(this);
-    ask(dialog);
-}
-
 int MainWindow::ReadSystemImagerConfigurationFile()
 {
+    const auto askForHead = [this] {
+        SystemImagerConfiguration dialog(this);
+        ask(dialog);
+    };
     if (!imagerconfigurationfile::exists() || imagerconfigurationfile::isAskedFor())
         askForHead();
     _GlobalSystemSettings &settings = m_pParams->getParams();

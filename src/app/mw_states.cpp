@@ -23,19 +23,18 @@ constexpr int kTopBarXBesideExit = 80 - 32;
 
 } // namespace
 
-// Declared in mainwindow.h beside the actions that it names.
-const MainWindow::EntryAction MainWindow::kEntryActions[] = {
-#define TUBIX_MARK(state, ...) nullptr,
-#define TUBIX_ENTER(state, action, ...) &MainWindow::action,
-    TUBIX_STATES(TUBIX_MARK, TUBIX_ENTER)
-#undef TUBIX_MARK
-#undef TUBIX_ENTER
-};
-
 void MainWindow::MainStateMachine()
 {
+    using EntryAction = void (MainWindow::*)();
+    static constexpr EntryAction kEntryActions[] = {
+#define TUBIX_MARK(state, ...) nullptr,
+#define TUBIX_ENTER(state, action, ...) &MainWindow::action,
+        TUBIX_STATES(TUBIX_MARK, TUBIX_ENTER)
+#undef TUBIX_MARK
+#undef TUBIX_ENTER
+    };
     if (const EntryAction enter = kEntryActions[g_MainState]) {
-        const QScopedValueRollback atWork(m_actionDepth, m_actionDepth + 1);
+        const QScopedValueRollback atWork(m_waiting.actions, m_waiting.actions + 1);
         (this->*enter)();
     }
     showScreen();
@@ -59,34 +58,28 @@ void MainWindow::restoreMainState(eMainStates state)
     showScreen();
 }
 
-ScreenKind MainWindow::screenNow() const
-{
-    if (m_batteryIsCritical)
-        return ScreenKind::Battery;
-    const ScreenKind screen = factsOf(g_MainState).screen;
-    return screen == ScreenKind::AsBefore ? m_screen : screen;
-}
-
 ScreenFacts MainWindow::screenFacts() const
 {
     const _GlobalSystemSettings &settings = m_pParams->getParams();
     ScreenFacts facts;
-    facts.screen = screenNow();
+    facts.screen = m_shown.batteryIsCritical ? ScreenKind::Battery : factsOf(g_MainState).screen;
+    if (facts.screen == ScreenKind::AsBefore)
+        facts.screen = m_shown.screen;
     facts.state = g_MainState;
     facts.hasCard = m_card == CardHold::Taken;
     facts.guiDraws = !displayDraws(boardElements());
-    facts.isBusy = m_isBusy;
-    facts.hasPicture = m_hasPicture;
+    facts.isBusy = m_shown.isBusy;
+    facts.hasPicture = m_shown.hasPicture;
     facts.page = g_SavedFSInfo.currThumbnailPage;
     facts.pages = g_SavedFSInfo.NumberOfThumbnailPages;
     const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
     facts.isVideo = file.isVideo;
     facts.isAnnotated = file.annotated;
-    facts.isReadable = m_selectedFileIsReadable;
+    facts.isReadable = m_shown.fileIsReadable;
     facts.hasMicrophone = settings.bMicrophoneActive;
     facts.goesOut = genericDelayTimer->isActive();
     facts.hasMiniModule = settings.MiniModulePresent;
-    facts.isCatalogOpen = m_isCatalogOpen;
+    facts.isCatalogOpen = m_shown.isCatalogOpen;
     return facts;
 }
 
@@ -101,7 +94,7 @@ void MainWindow::showScreen()
     }
     ui->frm_TopBar->move(facts.screen == ScreenKind::Tools ? kTopBarXBesideExit : kTopBarX, 0);
     ui->gv_MainView->setInteractive(g_MainState != eStatePlaybackEditSaveImage);
-    if (facts.screen != m_screen)
+    if (facts.screen != m_shown.screen)
         m_touches->screenChanged();
-    m_screen = facts.screen;
+    m_shown.screen = facts.screen;
 }

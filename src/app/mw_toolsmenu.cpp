@@ -54,6 +54,31 @@ template <typename Widget> void letTouchesThrough(QWidget *page)
         widget->setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
+void showAutoShutdown(const Ui::MainWindow &ui, const _GlobalSystemSettings &settings)
+{
+    const auto [above, chosen, next] =
+        toolscycle::delaysAround(settings.AutoShutdownOptions, settings.AutoShutdownIdx);
+    ui.lbl_menu_AutoOff_lineOne->setText(above);
+    ui.lbl_menu_AutoOff_lineTwo->setText(chosen);
+    ui.lbl_menu_AutoOff_lineThree->setText(next);
+}
+
+void showLanguage(const Ui::MainWindow &ui, const _GlobalSystemSettings &settings)
+{
+    // A language that the settings file made up has no picture; the button keeps its last one.
+    if (const QString abbreviation = settings.LanguageAbbreviation; !abbreviation.isEmpty())
+        ui.btn_tools_Set_Language->setIcon(
+            QIcon(QPixmap(graphic("btn_tools_lang_") + abbreviation + QLatin1String(".png"))));
+}
+
+// The chosen unit, and below it the other one.
+void showUnitOfMeasure(const Ui::MainWindow &ui, const _GlobalSystemSettings &settings)
+{
+    const bool feet = settings.UnitofMeasure == eFeet;
+    ui.lbl_menu_UnitofMeasure_lineOne->setText(feet ? QStringLiteral("ft") : QStringLiteral("m"));
+    ui.lbl_menu_UnitofMeasure_lineTwo->setText(feet ? QStringLiteral("m") : QStringLiteral("ft"));
+}
+
 } // namespace
 
 void MainWindow::on_btn_menu_Tools_clicked()
@@ -97,16 +122,10 @@ void MainWindow::chooseLivePipelineMode()
         m_pParams->getParams().bNetworkStreaming ? eGSTStateStreaming : eGSTStateLiveVideo;
 }
 
-// The network gives its address when it likes: asked for whenever it is shown or used.
-void MainWindow::lookForAddress()
-{
-    m_pParams->GetWifiStatus();
-    gst_SetNetworkStreamingIPAddress(m_pParams->getParams().WIFIipAddr.toUtf8().constData());
-}
-
 void MainWindow::initToolsMenu()
 {
-    lookForAddress();
+    m_pParams->GetWifiStatus(); // the network gives its address when it likes
+    gst_SetNetworkStreamingIPAddress(m_pParams->getParams().WIFIipAddr.toUtf8().constData());
     letTouchesThrough<QLabel>(ui->frm_ToolsMenuButtons);
     letTouchesThrough<QProgressBar>(ui->frm_ToolsMenuButtons);
     const _GlobalSystemSettings &settings = m_pParams->getParams();
@@ -115,9 +134,9 @@ void MainWindow::initToolsMenu()
     showSwitch(ui->btn_tools_Microphone_On_Off, kMicrophone, settings.bMicrophoneActive);
     ui->pb_menu_LCD_Backlight->setValue(settings.LCDBacklightValue);
     showClock();
-    showAutoShutdown();
-    showLanguage();
-    showUnitOfMeasure();
+    showAutoShutdown(*ui, settings);
+    showLanguage(*ui, settings);
+    showUnitOfMeasure(*ui, settings);
     showHotspot();
     showCameraHead();
     updateMainMenuSDCardInfo();
@@ -143,7 +162,7 @@ void MainWindow::updateMainMenuSDCardInfo()
 
 void MainWindow::showClock()
 {
-    if (m_screen != ScreenKind::Tools && g_MainState != eStateToolsMenu)
+    if (m_shown.screen != ScreenKind::Tools && g_MainState != eStateToolsMenu)
         toolsClockTimer->stop();
     const QDateTime now = QDateTime::currentDateTime();
     ui->lbl_menu_CurrentTime->setText(now.toString(QStringLiteral("hh:mm")));
@@ -200,22 +219,12 @@ void MainWindow::on_btn_tools_WiFI_Hotspot_On_Off_clicked()
     emit BusyIndicator(false);
 }
 
-void MainWindow::showAutoShutdown()
-{
-    const _GlobalSystemSettings &settings = m_pParams->getParams();
-    const auto [above, chosen, next] =
-        toolscycle::delaysAround(settings.AutoShutdownOptions, settings.AutoShutdownIdx);
-    ui->lbl_menu_AutoOff_lineOne->setText(above);
-    ui->lbl_menu_AutoOff_lineTwo->setText(chosen);
-    ui->lbl_menu_AutoOff_lineThree->setText(next);
-}
-
 void MainWindow::on_btn_tools_Auto_On_Off_clicked()
 {
     _GlobalSystemSettings &settings = m_pParams->getParams();
     settings.AutoShutdownIdx = toolscycle::autoShutdownAfter(settings.AutoShutdownIdx);
     emit resetAutoShutdownTimer();
-    showAutoShutdown();
+    showAutoShutdown(*ui, settings);
     UpdateEventLog(eEventAutoOnOff, QStringLiteral("Auto on/off button clicked - %1")
                                         .arg(settings.AutoShutdownOptions[size_t(settings.AutoShutdownIdx)]));
     m_pParams->WriteGlobalSystemSettingsFile(false);
@@ -231,39 +240,24 @@ void MainWindow::on_btn_tools_LCD_Backlight_clicked()
     m_pParams->WriteGlobalSystemSettingsFile(false);
 }
 
-void MainWindow::showLanguage()
-{
-    // A language that the settings file made up has no picture; the button keeps its last one.
-    if (const QString abbreviation = m_pParams->getParams().LanguageAbbreviation; !abbreviation.isEmpty())
-        ui->btn_tools_Set_Language->setIcon(
-            QIcon(QPixmap(graphic("btn_tools_lang_") + abbreviation + QLatin1String(".png"))));
-}
-
 void MainWindow::on_btn_tools_Set_Language_clicked()
 {
     _GlobalSystemSettings &settings = m_pParams->getParams();
     settings.LanguageIdx = toolscycle::languageAfter(settings.LanguageIdx, eTheEnd);
     m_pParams->SetLanguage(static_cast<eLanguages>(settings.LanguageIdx));
-    showLanguage();
+    showLanguage(*ui, settings);
     UpdateEventLog(
         eEventSetLanguage,
         QStringLiteral("Set language button clicked language = %1").arg(settings.LanguageAbbreviation));
     m_pParams->WriteGlobalSystemSettingsFile(false);
 }
 
-// The chosen unit, and below it the other one.
-void MainWindow::showUnitOfMeasure()
-{
-    const bool feet = m_pParams->getParams().UnitofMeasure == eFeet;
-    ui->lbl_menu_UnitofMeasure_lineOne->setText(feet ? QStringLiteral("ft") : QStringLiteral("m"));
-    ui->lbl_menu_UnitofMeasure_lineTwo->setText(feet ? QStringLiteral("m") : QStringLiteral("ft"));
-}
-
 void MainWindow::on_btn_tools_Set_UnitofMeasure_clicked()
 {
-    quint8 &unitOfMeasure = m_pParams->getParams().UnitofMeasure;
+    _GlobalSystemSettings &settings = m_pParams->getParams();
+    quint8 &unitOfMeasure = settings.UnitofMeasure;
     unitOfMeasure = unitOfMeasure == eMeter ? eFeet : eMeter;
-    showUnitOfMeasure();
+    showUnitOfMeasure(*ui, settings);
     UpdateEventLog(eEventSetUnitOfMeasure,
                    QStringLiteral("Set unit of measure button clicked - %1")
                        .arg(unitOfMeasure == eFeet ? QStringLiteral("feet") : QStringLiteral("meter")));
