@@ -7,6 +7,8 @@
 Capture::Capture(const std::string &device) : files(device), dials(device)
 {
     gst_video_info_set_format(&m_pal, GST_VIDEO_FORMAT_I420, pipecam::kWidth, pipecam::kHeight);
+    if (!dials.hasChart())
+        m_picture.emplace(); // now: the first picture is not to wait for it
 }
 
 Capture::~Capture()
@@ -79,5 +81,6 @@ void Capture::draw(GstVideoFrame &frame, GstClockTime time)
     else if (dials.hasChart())
         pipecam::drawChart(canvas);
     else
-        m_picture.draw(canvas, m_position, files.light(), m_seconds, m_sway);
+        (m_picture ? *m_picture : m_picture.emplace())
+            .draw(canvas, m_position, files.light(), m_seconds, m_sway);
 }

@@ -6,6 +6,7 @@
 #include "pipepicture.h"
 #include "unitfiles.h"
 
+#include <optional>
 #include <string>
 
 #include <gst/video/video.h>
@@ -33,10 +34,10 @@ private:
     void follow();
     void draw(GstVideoFrame &frame, GstClockTime time);
 
-    pipecam::Picture m_picture;
-    double m_position = -1; // of the camera in the pipe, millimetres
-    double m_sway = 0;      // how much the cable shakes the camera, 0 to 1
-    double m_seconds = 0;   // running time of what is shown
+    std::optional<pipecam::Picture> m_picture; // from the first need of the pipe on
+    double m_position = -1;                    // of the camera in the pipe, millimetres
+    double m_sway = 0;                         // how much the cable shakes the camera, 0 to 1
+    double m_seconds = 0;                      // running time of what is shown
     GstVideoInfo m_pal = {};
     GstVideoConverter *m_scaler = nullptr;
     GstBuffer *m_drawn = nullptr; // what the scaler reads

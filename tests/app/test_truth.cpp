@@ -53,6 +53,7 @@ private slots:
     void aStillWaitsForThePictureOfItsMoment()
     {
         Screen screen;
+        screen.folder.control("camera pipe"_L1);
         screen.waitForCard();
         screen.touch(40, 411);
         QTRY_COMPARE(screen.window.mainState(), eStateToolsMenu);

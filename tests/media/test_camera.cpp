@@ -94,6 +94,7 @@ private slots:
     void aFrozenPictureStays()
     {
         const TestUnit folder;
+        folder.control("camera pipe"_L1);
         Camera camera;
         QVERIFY(!camera.next().isNull());
         folder.control("camera freeze"_L1);
