@@ -33,7 +33,7 @@ public:
     // than the pipe. Made once for the program, then copied.
     TestUnit()
     {
-        static const TestUnit made(QStringList{});
+        static const TestUnit made(QList<Place>{});
         static const bool isMade =
             made.control(QLatin1StringView("create")) && made.control(QLatin1StringView("camera chart"));
         const int copied = QProcess::execute(
