@@ -64,7 +64,7 @@ class TestPage(unittest.TestCase):
     def look_at_the_days_page(self):
         page = self.browser
         self.assertEqual(page.run("return document.querySelectorAll('#box-table-a a').length"), 22)
-        self.assertEqual(page.run("return getComputedStyle(document.body).maxWidth"), "844px", "with its style")
+        page.wait("getComputedStyle(document.body).maxWidth === '844px'")  # with its style
         page.click("#box-table-a a")
         page.wait("document.images.length === 1 && document.images[0].naturalWidth === 720")
 
@@ -73,7 +73,7 @@ class TestPage(unittest.TestCase):
             with self.subTest(width=width):
                 stream = Stream(self.folder)
                 self.look(width, height)
-                self.assertEqual(stream.opened, 1)
+                wait_for(lambda: stream.open == 1, "one connection for the page")
                 self.browser.click("#larger")
                 self.browser.wait("document.getElementById('stream').getBoundingClientRect().width >= innerWidth - 1")
                 self.browser.click("#larger")
