@@ -102,7 +102,7 @@ const QByteArray &templateTail()
 }
 
 // For an end of the page in which somebody wrote: nothing of it may be torn.
-bool putRowWhole(QFile &page, qint64 at, const QByteArray &row)
+bool putRowWhole(QFile &page, qsizetype at, const QByteArray &row)
 {
     page.seek(0);
     return savefile::write(pageFile(), page.readAll().insert(at, row));
@@ -120,7 +120,7 @@ Put putRow(QFile &page, const QByteArray &row)
         const qsizetype at = tail.lastIndexOf(kTableEnd);
         if (at >= 0) {
             if (tail.mid(at) != templateTail() && page.size() <= kLargestPage)
-                return putRowWhole(page, start + at, row) ? Put::Done : Put::Failed;
+                return putRowWhole(page, qsizetype(start) + at, row) ? Put::Done : Put::Failed;
             const QByteArray bytes = row + tail.mid(at);
             page.seek(start + at);
             return page.write(bytes) == bytes.size() && ::fsync(page.handle()) == 0 ? Put::Done : Put::Failed;

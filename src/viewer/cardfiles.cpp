@@ -165,7 +165,7 @@ QByteArray firstPicture(const CardFile &film)
 {
     JpegSplitter splitter;
     const qint64 count = film.read(0, splitter.room(kFirstPictureWithin), kFirstPictureWithin);
-    splitter.taken(std::max<qint64>(0, count));
+    splitter.taken(qsizetype(std::max<qint64>(0, count)));
     return splitter.next().value_or(QByteArray());
 }
 

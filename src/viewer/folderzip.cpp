@@ -51,7 +51,7 @@ qint64 FolderZip::read(char *to, qint64 most)
             return -1;
         }
     }
-    const qsizetype count = std::min<qsizetype>(m_made.size(), most);
+    const qsizetype count = qsizetype(std::min<qint64>(m_made.size(), most));
     std::memcpy(to, m_made.constData(), size_t(count));
     m_made.remove(0, count);
     return count;

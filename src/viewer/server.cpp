@@ -21,7 +21,7 @@ constexpr size_t kStackOfConnection = 512 * 1024;
 
 MHD_Result acceptNeighbour(void *context, const sockaddr *peer, socklen_t)
 {
-    const auto *address = reinterpret_cast<const sockaddr_in *>(peer);
+    const auto *address = static_cast<const sockaddr_in *>(static_cast<const void *>(peer));
     const bool isNeighbour =
         peer->sa_family == AF_INET &&
         static_cast<const Context *>(context)->subnet.holds(ntohl(address->sin_addr.s_addr));

@@ -21,7 +21,7 @@ constexpr int kUsbHostIndex = 28; // the host cable's value in the board's extco
 
 quint32 addressIn(const sockaddr *address)
 {
-    return ntohl(reinterpret_cast<const sockaddr_in *>(address)->sin_addr.s_addr);
+    return ntohl(static_cast<const sockaddr_in *>(static_cast<const void *>(address))->sin_addr.s_addr);
 }
 
 bool usbHostIsAttached()

@@ -18,7 +18,8 @@ QByteArray frame()
 // Red, green, blue of the middle of each of the seven bars.
 QList<int> barsOnScreen()
 {
-    const auto *pixels = reinterpret_cast<const quint16 *>(g_pcFrameBuffer[0]) + 200 * kFrameWidth;
+    const auto *pixels =
+        static_cast<const quint16 *>(static_cast<const void *>(g_pcFrameBuffer[0])) + 200 * kFrameWidth;
     QList<int> bars;
     for (int x = 51; x < kFrameWidth; x += 103)
         bars << (pixels[x] >> 11) * 255 / 31 << (pixels[x] >> 5 & 63) * 255 / 63

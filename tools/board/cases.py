@@ -19,7 +19,7 @@ class Case(NamedTuple):
     function: Callable
 
 
-def case(name, title, quick=True):
+def case(name, title, quick=False):
     def add(function):
         ALL.append(Case(name, title, quick, function))
         return function
@@ -138,7 +138,7 @@ def repaired_film(bench, board):
 
 # --- the unit itself ---
 
-@case("boot", "power on, with an empty card")
+@case("boot", "power on, with an empty card", quick=True)
 def boot(bench):
     board = bench.cold()
     seconds = board.ready()
@@ -149,10 +149,11 @@ def boot(bench):
     expect("TUBX0001.jpg" in board.folder_files(), board.folder_files())
     failed = board.sh("systemctl --failed --plain --no-legend | cut -d ' ' -f 1")
     expect(not failed, f"failed units: {failed}")
+    bench.shelve(board)
     return f"ready after {seconds:.0f} s, card mounted, a touch leaves a still"
 
 
-@case("still", "the red button, then off")
+@case("still", "the red button, then off", quick=True)
 def still(bench):
     board = bench.ready()
     seconds = take_still(board)
@@ -167,7 +168,7 @@ def still(bench):
     return f"live again after {seconds:.1f} s, JPEG 720x600, row in both logs; off after {off:.0f} s, card clean"
 
 
-@case("film", "a film of some ten seconds, then off")
+@case("film", "a film of some ten seconds, then off", quick=True)
 def film(bench):
     board = bench.ready()
     begin_film(board)
@@ -210,7 +211,7 @@ def note(bench):
     return f"{seconds:.1f} s of sound in {os.path.basename(name)}, card clean"
 
 
-@case("browser", "a film played in the browser", quick=False)
+@case("browser", "a film played in the browser")
 def browser(bench):
     board = bench.ready()
     begin_film(board)
@@ -230,7 +231,7 @@ def browser(bench):
     return "both thumbnails, the film plays to its end"
 
 
-@case("edited", "a circle drawn on a still, saved as a copy", quick=False)
+@case("edited", "a circle drawn on a still, saved as a copy")
 def edited(bench):
     board = bench.ready()
     open_browser(board)
@@ -253,7 +254,7 @@ def edited(bench):
     return f"{' and '.join(os.path.basename(name) for name in pictures)}, card clean"
 
 
-@case("power-key", "the power key in a film")
+@case("power-key", "the power key in a film", quick=True)
 def power_key(bench):
     board = bench.ready()
     begin_film(board)
@@ -278,7 +279,7 @@ def pull_live(bench):
     return f"unmounted after {gone:.1f} s, mounted again after {back:.1f} s; the next still lies on it, card clean"
 
 
-@case("pull-still", "card pulled three seconds after a still")
+@case("pull-still", "card pulled three seconds after a still", quick=True)
 def pull_still(bench):
     board = bench.ready()
     take_still(board)
@@ -294,7 +295,7 @@ def pull_still(bench):
     return "the still is whole on the pulled card"
 
 
-@case("pull-film", "card pulled in a film, checked and put back")
+@case("pull-film", "card pulled in a film, checked and put back", quick=True)
 def pull_film(bench):
     repairs = "journalctl -b -u media-mmcblk1p1.mount -o cat --no-pager | grep -c 'Filesystem was changed' || true"
     board = bench.ready()
@@ -331,7 +332,7 @@ def pull_browser(bench):
     return "empty page, then the card's files again; the next still lies on it, card clean"
 
 
-@case("pull-twice", "card out, in, out, in within a second", quick=False)
+@case("pull-twice", "card out, in, out, in within a second")
 def pull_twice(bench):
     board = bench.ready()
     for _ in range(2):
@@ -348,7 +349,7 @@ def pull_twice(bench):
     return "mounted once; the next still lies on it, card clean"
 
 
-@case("pull-other", "another card instead", quick=False)
+@case("pull-other", "another card instead")
 def pull_other(bench):
     board = bench.ready()
     first = board.card
@@ -381,7 +382,7 @@ def read_only(bench):
     return f"mounted ro, nothing written; after the red button: {state}, {len(said.splitlines())} lines in the journal"
 
 
-@case("exfat", "an exFAT card")
+@case("exfat", "an exFAT card", quick=True)
 def exfat(bench):
     board = bench.ready()
     remove(board)
@@ -397,7 +398,7 @@ def exfat(bench):
     return "mounted, a still lies on it, card clean"
 
 
-@case("unmount", "the tools page's unmount button, then off")
+@case("unmount", "the tools page's unmount button, then off", quick=True)
 def unmount(bench):
     board = bench.ready()
     board.touch("btn_menu_Tools")

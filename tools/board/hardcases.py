@@ -67,7 +67,7 @@ def survives(bench, old, first):
     return [film_facts(os.path.join(folder, name))[1] for name in named(files, ".avi")], files, lost
 
 
-@case("power-cut", "power lost at 20 random moments of filming and capturing; another unit gets the card", quick=False)
+@case("power-cut", "power lost at 20 random moments of filming and capturing; another unit gets the card")
 def power_cut(bench):
     old = random_file(bench, "old.bin", 3_000_000)
     start = bench.used_card("start.raw")
@@ -94,7 +94,7 @@ def power_cut(bench):
     return seen
 
 
-@case("power-boot", "power lost in a film, the same unit switched on again", quick=False)
+@case("power-boot", "power lost in a film, the same unit switched on again")
 def power_boot(bench):
     board = bench.ready()
     begin_film(board)
@@ -121,12 +121,12 @@ def restarted_in_film(bench, signal):
     return f"ready again after {seconds:.0f} s; {repaired_film(bench, board)}"
 
 
-@case("killed", "the application killed in a film", quick=False)
+@case("killed", "the application killed in a film")
 def killed(bench):
     return restarted_in_film(bench, "KILL")
 
 
-@case("hung", "the application's event loop stands still in a film", quick=False)
+@case("hung", "the application's event loop stands still in a film")
 def hung(bench):
     return restarted_in_film(bench, "STOP")
 
@@ -149,8 +149,8 @@ def late_mount(bench):
 
 # --- from a bare Debian ---
 
-# Commands of docs/bring-up.md that cannot succeed on this machine.
-NOT_HERE = r"kmssink|wlan0|hotspot\.sh|infra\.sh|systemctl kill|-g watchdog"
+# Commands of docs/bring-up.md that cannot succeed on this machine, or go on until a hand ends them.
+NOT_HERE = r"debug-events|kmssink|wlan0|hotspot\.sh|infra\.sh|systemctl kill|-g watchdog"
 
 
 def commands_of(page):
@@ -181,7 +181,7 @@ def without_product(bench):
     return bench.file("disk.qcow2")
 
 
-@case("bring-up", "docs/bring-up.md from a bare Debian on, each command as it stands; no board.conf", quick=False)
+@case("bring-up", "docs/bring-up.md from a bare Debian on, each command as it stands; no board.conf")
 def bring_up(bench):
     disk = without_product(bench)
     board = bench.cold(disk)
@@ -195,11 +195,12 @@ def bring_up(bench):
                 seconds = board.ready()
                 board.look("bare")
                 continue
-            status, output = board.ask(f"cd /root; timeout 90 bash -c {shlex.quote(command)}", 120)
+            mayFail = re.search(NOT_HERE, command)
+            status, output = board.ask(f"cd /root; timeout {20 if mayFail else 240} bash -c {shlex.quote(command)}", 300)
             log.write(f"$ {command}\n{output}{f'[{status}]' if status else ''}\n\n")
             log.flush()
             seen += 1
-            if status and not re.search(NOT_HERE, command):
+            if status and not mayFail:
                 bad.append(f"'{command[:60]}' ends with {status}: {output.strip()[-80:]}")
     expect(not bad, "; ".join(bad))
     return f"{seen} commands; ready after {seconds:.0f} s without a board.conf"
@@ -226,11 +227,11 @@ def encoder(bench):
     return f"live view goes on, {lines} lines in the journal ({before}); see the pictures"
 
 
-@case("no-signal", "a camera without a signal for four minutes, then with one", quick=False)
+@case("no-signal", "a camera without a signal for longer than the watchdog waits, then with one")
 def no_signal(bench):
     board = bench.ready()
     board.sh("v4l2-ctl -d /dev/video0 -c percentage_of_dropped_buffers=100")
-    time.sleep(240)
+    time.sleep(150)
     board.look("without")
     restarts = board.sh("systemctl show -P NRestarts tubix4")
     state = board.sh("systemctl is-active tubix4 || true")
@@ -283,17 +284,17 @@ def usb_write(bench):
     return with_host(bench, "true")
 
 
-@case("usb-pull", "a host writes a file and the cable is pulled", quick=False)
+@case("usb-pull", "a host writes a file and the cable is pulled")
 def usb_pull(bench):
     return with_host(bench, "true", ejects=False)
 
 
-@case("usb-move", "a host moves the current folder and ejects", quick=False)
+@case("usb-move", "a host moves the current folder and ejects")
 def usb_move(bench):
     return with_host(bench, "mv DCIM/100TUBIX/* .")
 
 
-@case("usb-page", "a host deletes the folder's page and ejects")
+@case("usb-page", "a host deletes the folder's page and ejects", quick=True)
 def usb_page(bench):
     return with_host(bench, "rm DCIM/100TUBIX/*/*.html")
 
@@ -317,7 +318,7 @@ def apply_upgrade(board):
     board.touch("ConfirmationBox.btn_Confirm")
 
 
-@case("upgrade", "an upgrade from the card, power lost at three steps of it", quick=False)
+@case("upgrade", "an upgrade from the card, power lost at three steps of it")
 def upgrade(bench):
     seen = []
     moments = (("while unpacking", "test -e /home/root/tmp/first.bin"), ("after the first file", "test -e /opt/first.bin"),
@@ -370,7 +371,7 @@ def clock(bench):
     return "system and hardware clock follow"
 
 
-@case("auto-off", "ten minutes without a touch", quick=False)
+@case("auto-off", "ten minutes without a touch")
 def auto_off(bench):
     board = bench.ready()
     board.touch("btn_menu_Tools")

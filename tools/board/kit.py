@@ -57,7 +57,7 @@ def command_line(disk, card, folder, display=("-display", "none"), serial=None, 
     """The whole command. `disk`: qcow2 of this run; `card`: raw image, None: the slot is empty."""
     drive = f"if=none,id=card,format=raw,cache=writethrough,file={card}" if card else "if=none,id=card"
     return [
-        "nice", "-n", "15", "qemu-system-x86_64", "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max",
+        "nice", "-n", "5", "qemu-system-x86_64", "-machine", "q35", "-accel", "tcg,thread=multi", "-cpu", "max",
         "-smp", "2", "-m", "1536", "-nodefaults", "-no-user-config", "-no-reboot", *display,
         "-kernel", f"{WORK}/vmlinuz", "-initrd", f"{WORK}/initrd.img",
         "-append", "root=/dev/vda rw console=tty0 console=ttyS0 net.ifnames=0 vt.global_cursor_default=0 panic=1",
