@@ -107,6 +107,20 @@ card_error()
     esac
 }
 
+# change N EIO|ENOSPC|EROFS|KILL [once]
+change()
+{
+    rm -f "$state/change_fault" "$state/changes"
+    [ "${1:-}" != none ] || { expect 1 "$@" && return; }
+    [[ ${1:-} =~ ^[0-9]{1,5}$ ]] || misused "change: '${1:-}' is no number of a change; 0 to 99999"
+    case ${2:-} in
+    EIO | ENOSPC | EROFS | KILL) ;;
+    *) misused "change: unknown value '${2:-}'; EIO, ENOSPC, EROFS, KILL" ;;
+    esac
+    [ "${3:-}" = once ] || expect 2 "$@"
+    keep change_fault "$*"
+}
+
 card_corrupt()
 {
     local lines=(' mmcblk1: p1')

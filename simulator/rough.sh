@@ -22,5 +22,5 @@ smooth()
     for file in "$state"/missing_*; do
         [ ! -f "$file" ] || mv "$file" "$root/usr/bin/${file##*/missing_}"
     done
-    rm -f "$state"/camera_* "$state"/command_* "$state"/card_{mount,slow,error}
+    rm -f "$state"/camera_* "$state"/command_* "$state"/card_{mount,slow,error} "$state"/change*
 }

@@ -4,13 +4,14 @@
 //
 // A path belongs to a card when it is absolute and lies below DIR/media/mmcblk1p1; the dials are in
 // DIR/.simulator and are read with every change, so that they work at once and in every process. Reading is
-// never touched.
+// never touched. `simulator/unit change` counts the application's own folder as well.
 #undef _TIME_BITS // the functions under their own names, not under those of a 64-bit interface
 #undef _FILE_OFFSET_BITS
 
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -43,22 +44,32 @@ constexpr Error kErrors[] = {
 };
 
 constexpr char kCard[] = "/media/mmcblk1p1/";
+constexpr char kHome[] = "/home/root/tubix4_app/";
 
 // Where a descriptor leads, as far as was seen: a number becomes another file's without this library hearing
 // of it.
-enum class Place : char { Unknown, Card, Elsewhere };
+enum class Place : char { Unknown, Unit, Elsewhere };
 constexpr int kMostDescriptors = 4096;
 std::atomic<Place> places[kMostDescriptors];
 
 bool isOnCard(const char *path)
 {
-    return path && path[0] == '/' && std::strstr(path, kCard);
+    return std::strstr(path, kCard);
 }
 
-// The path of that dial, of the unit whose card holds `path`; false for what does not fit.
+// Where the unit's own path begins in `path`; null: it is no unit's.
+const char *onUnit(const char *path)
+{
+    if (!path || path[0] != '/')
+        return nullptr;
+    const char *card = std::strstr(path, kCard);
+    return card ? card : std::strstr(path, kHome);
+}
+
+// The path of that dial, of the unit that holds `path`; false for what does not fit.
 bool dialPath(char (&file)[PATH_MAX], const char *path, const char *dial)
 {
-    const int root = static_cast<int>(std::strstr(path, kCard) - path);
+    const int root = static_cast<int>(onUnit(path) - path);
     return std::snprintf(file, sizeof file, "%.*s/.simulator/%s", root, path, dial) < PATH_MAX;
 }
 
@@ -82,29 +93,66 @@ void rest(long milliseconds)
     }
 }
 
+const Error *errorIn(const char *line)
+{
+    for (const Error &error : kErrors) {
+        if (std::strstr(line, error.name))
+            return &error;
+    }
+    return nullptr;
+}
+
+// The number of this change, from 1 on, among all that any process makes while the dial is set.
+long countedChange(const char *path)
+{
+    char file[PATH_MAX];
+    if (!dialPath(file, path, "changes"))
+        return 0;
+    const long descriptor =
+        syscall(SYS_openat, AT_FDCWD, file, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    syscall(SYS_write, descriptor, ".", 1);
+    const off_t count = lseek(static_cast<int>(descriptor), 0, SEEK_CUR); // behind what this one has added
+    syscall(SYS_close, descriptor);
+    return static_cast<long>(count);
+}
+
+// "7 EIO once", "7 KILL": what the change of that number meets, and without "once" all after it.
+int outcomeOfCounted(const char *path, Change change)
+{
+    char file[PATH_MAX], line[32];
+    if (!dialPath(file, path, "change_fault") || !readDial(file, line))
+        return 0;
+    const long number = countedChange(path), wanted = std::atol(line);
+    if (wanted == 0 || number < wanted || (number > wanted && std::strstr(line, " once")))
+        return 0;
+    if (std::strstr(line, "KILL"))
+        raise(SIGKILL);
+    const Error *error = errorIn(line);
+    return error && error->affects(change) ? error->number : 0;
+}
+
 // What the card's state makes of a change of that file: 0 or the errno to fail with, after the time that it
 // takes.
 int outcome(const char *path, Change change)
 {
     char file[PATH_MAX], line[32];
+    if (const int reason = outcomeOfCounted(path, change); reason != 0 || !isOnCard(path))
+        return reason;
     if (change == Change::Data && dialPath(file, path, "card_slow") && readDial(file, line))
         rest(std::atol(line));
     if (!dialPath(file, path, "card_error") || !readDial(file, line))
         return 0;
-    for (const Error &error : kErrors) {
-        if (std::strncmp(line, error.name, std::strlen(error.name)) != 0 || !error.affects(change))
-            continue;
-        // "once" is for whoever takes it first.
-        return !std::strstr(line, " once") || syscall(SYS_unlinkat, AT_FDCWD, file, 0) == 0 ? error.number
-                                                                                            : 0;
-    }
-    return 0;
+    const Error *error = errorIn(line);
+    if (!error || !error->affects(change))
+        return 0;
+    // "once" is for whoever takes it first.
+    return !std::strstr(line, " once") || syscall(SYS_unlinkat, AT_FDCWD, file, 0) == 0 ? error->number : 0;
 }
 
 bool fails(const char *path, Change change)
 {
     const int before = errno;
-    const int reason = isOnCard(path) ? outcome(path, change) : 0;
+    const int reason = onUnit(path) ? outcome(path, change) : 0;
     errno = reason == 0 ? before : reason;
     return reason != 0;
 }
@@ -126,13 +174,13 @@ bool fails(int descriptor, Change change)
     const long size = syscall(SYS_readlinkat, AT_FDCWD, link, path, sizeof path - 1);
     path[size > 0 ? size : 0] = '\0';
     errno = before;
-    noted(descriptor, isOnCard(path) ? Place::Card : Place::Elsewhere);
+    noted(descriptor, onUnit(path) ? Place::Unit : Place::Elsewhere);
     return fails(path, change);
 }
 
 int opened(int descriptor, const char *path)
 {
-    return noted(descriptor, isOnCard(path) ? Place::Card : Place::Elsewhere);
+    return noted(descriptor, onUnit(path) ? Place::Unit : Place::Elsewhere);
 }
 
 bool isForWriting(int flags)

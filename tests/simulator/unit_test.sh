@@ -230,6 +230,17 @@ test_card_faults()
     unit card slow 9999
     check 'a slow write' "$(on_card timeout 0.3 dd if=/dev/zero of="$file.2" bs=9 count=1 status=none; stat -c %s "$file.2")" 0
     unit card slow 0
+    # Opening is the first change, writing the second; the application's own folder counts as well.
+    unit change 2 KILL
+    check 'killed before the second change' "$(on_card dd if=/dev/zero of="$dir/home/root/tubix4_app/new" bs=9 count=1 \
+        status=none || true; stat -c %s "$dir/home/root/tubix4_app/new")" 0
+    unit change 1 EIO once
+    check 'only the first write' "$(on_card dd if=/dev/zero of="$file" bs=9 count=1 status=none conv=notrunc,fsync)" ''
+    unit change 2 EIO once
+    check 'only the second' "$(on_card dd if=/dev/zero of="$file" bs=9 count=1 status=none)" 'Input/output error'
+    unit change none
+    rm "$dir/home/root/tubix4_app/new"
+    refused 2 'a change without a number' --unit "$dir" change EIO
     unit card empty
 }
 
