@@ -19,6 +19,7 @@ namespace {
 
 const QString kAssets = QStringLiteral(":/html_assets/html_assets/");
 constexpr char kTableEnd[] = "</table>";
+constexpr char kRowStart[] = "\n\t<tr>\n";
 constexpr char kRowEnd[] = "</tr>\n";
 constexpr char kHeadEnd[] = "</thead>\n";
 constexpr char kOurTable[] = "box-table-a";
@@ -250,9 +251,10 @@ void mendInspectionLog()
     page.seek(start);
     const QByteArray tail = page.readAll();
     const qsizetype end = endOfRows(tail);
-    const QByteArray line = lineOfRow(tail.left(end));
-    completeLine(textFile(), line);
-    const bool isOurs = !line.isEmpty() || tail.left(end).endsWith(kHeadEnd);
+    const QByteArray rows = tail.left(end);
+    const QByteArray line = lineOfRow(rows);
+    completeLine(textFile(), line, lineOfRow(rows.left(rows.lastIndexOf(kRowStart))));
+    const bool isOurs = !line.isEmpty() || rows.endsWith(kHeadEnd);
     if (!isOurs || !isTorn(tail.mid(end)))
         return;
     page.seek(0);

@@ -33,16 +33,17 @@ void mendTornLine(const UnitPath &unitPath)
     file.resize(start + lastEnd + 1);
 }
 
-void completeLine(const UnitPath &unitPath, const QByteArray &wanted)
+void completeLine(const UnitPath &unitPath, const QByteArray &wanted, const QByteArray &before)
 {
     QFile file(unit::path(unitPath));
     if (!open(file, QIODevice::ExistingOnly))
         return;
-    file.seek(std::max<qint64>(0, file.size() - 2 * wanted.size()));
+    file.seek(std::max<qint64>(0, file.size() - before.size() - 2 * wanted.size()));
     const QByteArray end = file.readAll();
     const QByteArray last = end.mid(end.lastIndexOf('\n') + 1);
     const bool isWritten = end.chopped(last.size()).endsWith(wanted);
-    if (last.isEmpty() || !wanted.startsWith(last) || isWritten)
+    const bool isMissing = last.isEmpty() && !before.isEmpty() && end.endsWith(before);
+    if (isWritten || !wanted.startsWith(last) || (last.isEmpty() && !isMissing))
         return;
     file.write(wanted.mid(last.size()));
     ::fsync(file.handle());

@@ -9,8 +9,9 @@
 void mendTornLine(const UnitPath &unitPath);
 
 // Gives a last line without a line feed its rest when it is the begin of `wanted`, a whole line as it was to
-// be written and is not there yet. Any other end stays as it is: somebody typed it.
-void completeLine(const UnitPath &unitPath, const QByteArray &wanted);
+// be written and is not there yet; where all of it is missing, it is added behind `before`, the line that was
+// written last. Any other end stays as it is: somebody typed it.
+void completeLine(const UnitPath &unitPath, const QByteArray &wanted, const QByteArray &before);
 
 // Appends `line` by one write, then sync; begins a line of its own where the last one has no line feed. False
 // when the file cannot be opened or does not take it.
