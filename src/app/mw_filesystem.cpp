@@ -7,6 +7,7 @@
 #include "dialogs/confirmationbox.h"
 #include "media/gst_videoinput.h"
 #include "media/zoom.h"
+#include "platform/servicemanager.h"
 #include "settings/params.h"
 #include "storage/capturenames.h"
 #include "storage/dcim.h"
@@ -103,6 +104,7 @@ void MainWindow::offerUpgrade()
     const bool showsPicture = m_shown.screen == ScreenKind::Live;
     gst_EndVideoInputPipeline();
     if (confirm("confirmation_software_upgrade.png")) {
+        const servicemanager::LongWork atWork; // an archive is read four times, from a slow card
         emit BusyIndicator(true);
         ProcessSystemUpgrade();
         powerOff();

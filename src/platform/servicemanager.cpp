@@ -11,12 +11,26 @@ namespace {
 
 Q_LOGGING_CATEGORY(log, "tubix.platform")
 
-constexpr int kKeepEnvironment = 0; // it is read again with every call
+constexpr int kKeepEnvironment = 0;       // it is read again with every call
+constexpr quint64 kLongWork = 3600000000; // microseconds
 
 void tell(const char *state)
 {
     if (const int result = sd_notify(kKeepEnvironment, state); result < 0)
         qCWarning(log) << "the service manager was not told" << state << ':' << qt_error_string(-result);
+}
+
+// The time between two beats that the manager allows, in microseconds; 0: it does not wait for any.
+quint64 allowedTime()
+{
+    uint64_t allowed = 0;
+    return sd_watchdog_enabled(kKeepEnvironment, &allowed) > 0 ? allowed : 0;
+}
+
+void allow(quint64 microseconds)
+{
+    if (allowedTime() > 0)
+        tell(QByteArray("WATCHDOG_USEC=" + QByteArray::number(microseconds)).constData());
 }
 
 } // namespace
@@ -38,11 +52,21 @@ void tellStopping()
     tell("STOPPING=1");
 }
 
+LongWork::LongWork()
+{
+    allow(kLongWork);
+}
+
+LongWork::~LongWork()
+{
+    allow(allowedTime());
+}
+
 Watchdog::Watchdog(std::function<Frames()> look, QObject *parent)
     : QObject(parent), m_look(std::move(look)), m_before(m_look())
 {
-    uint64_t allowed = 0; // microseconds
-    if (sd_watchdog_enabled(kKeepEnvironment, &allowed) <= 0)
+    const quint64 allowed = allowedTime();
+    if (allowed == 0)
         return;
     auto *timer = new QTimer(this);
     connect(timer, &QTimer::timeout, this, &Watchdog::beat);

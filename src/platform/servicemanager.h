@@ -25,6 +25,16 @@ void tellReady();
 // The end begins: what takes time now is no hang.
 void tellStopping();
 
+// While it lives the manager waits an hour for the next beat: for work that holds the event loop for as long as
+// a card makes it.
+class LongWork
+{
+public:
+    LongWork();
+    ~LongWork();
+    Q_DISABLE_COPY_MOVE(LongWork)
+};
+
 // Beats twice in the time the manager allows, from the event loop of the thread that made it.
 class Watchdog : public QObject
 {

@@ -1,6 +1,8 @@
 // The program under a service manager that the test plays: a datagram socket of its own.
 #include "testunit.h"
 
+#include "platform/servicemanager.h"
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTest>
@@ -126,6 +128,22 @@ class TestService : public HeardTest
     Q_OBJECT
 
 private slots:
+    // An upgrade holds the event loop for longer than the watchdog waits.
+    void longWorkIsAllowedAndEnds()
+    {
+        const QByteArray name = "@tubix4-work-" + QByteArray::number(::getpid());
+        Manager manager(name);
+        qputenv("NOTIFY_SOCKET", name);
+        qputenv("WATCHDOG_USEC", "2000000");
+        {
+            const servicemanager::LongWork atWork;
+            QCOMPARE(manager.heard(), QByteArrayList{"WATCHDOG_USEC=3600000000"});
+        }
+        QCOMPARE(manager.heard().last(), QByteArray("WATCHDOG_USEC=2000000"));
+        qunsetenv("NOTIFY_SOCKET");
+        qunsetenv("WATCHDOG_USEC");
+    }
+
     void itTellsReadyBeatsAndStopsWithTheFrames()
     {
         const TestUnit folder;
