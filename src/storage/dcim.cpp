@@ -29,7 +29,8 @@ void make(const UnitPath &folder)
 // Takes off what writes that were cut off left in the current folder.
 void mend()
 {
-    savefile::removeLeftovers(g_SavedFSInfo.currRootDirectory);
+    for (const QString &folder : {QString(), QStringLiteral(".thumbs"), QStringLiteral(".html_assets")})
+        savefile::removeLeftovers(inCurrentFolder(folder));
     mendInspectionLog();
     syncCard();
 }

@@ -268,9 +268,11 @@ private slots:
                  QByteArray(empty).replace("\t</table>", "</table>"));
         QCOMPARE(mended(second), second);
         card.put(inCurrentFolder(u"TUBX0003.jpg.tubix-new"_s), "half a picture");
+        card.put(inCurrentFolder(u".thumbs/TUBX0004.jpg.tubix-new"_s), "half a thumbnail");
         card.put(inCurrentFolder(u"mine.new"_s), "x");
         QCOMPARE(mended("somebody else's"), QByteArray("somebody else's"));
         QVERIFY(!exists(inCurrentFolder(u"TUBX0003.jpg.tubix-new"_s)));
+        QVERIFY(!exists(inCurrentFolder(u".thumbs/TUBX0004.jpg.tubix-new"_s)));
         QVERIFY(exists(inCurrentFolder(u"mine.new"_s)));
     }
 
