@@ -19,6 +19,8 @@ running=(
 judging=(gstreamer1.0-tools libxml2-utils chromium chromium-driver python3 unzip)
 checking=(clang-format git python3 shellcheck) # tools/rules
 linting=(clang-tidy git) # tools/lint
+hurting=(ffmpeg python3 xdotool xvfb) # tools/hurt
+fuzzing=(clang) # tools/fuzz
 
 # missing_of PACKAGE...: those that are not there, a line each.
 missing_of()
