@@ -25,8 +25,8 @@ void tellReady();
 // The end begins: what takes time now is no hang.
 void tellStopping();
 
-// While it lives the manager waits an hour for the next beat: for work that holds the event loop for as long as
-// a card makes it.
+// While it lives the manager waits an hour for the next beat: for work that holds the event loop for as long
+// as a card makes it.
 class LongWork
 {
 public:

@@ -33,7 +33,8 @@ void UpdateLogFiles(eLogFileOperation operation, unsigned short meter, const QSt
                     const QString &text, const QTime &time = QTime::currentTime());
 
 // Mends what a write that was cut off has torn: closes the page again after its last whole row, and completes
-// or adds the text file's last line from the page. What is not the torn end of a row of ours stays, byte for byte.
+// or adds the text file's last line from the page. What is not the torn end of a row of ours stays, byte for
+// byte.
 void mendInspectionLog();
 
 namespace inspectionlog {
