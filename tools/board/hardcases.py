@@ -234,12 +234,13 @@ def no_signal(bench):
         board.hardware("decoder", 0x44 + head)
 
     board = bench.ready()
+    before = board.sh("systemctl show -P NRestarts tubix4")
     connect(0)
     time.sleep(150)
     board.look("without")
     restarts = board.sh("systemctl show -P NRestarts tubix4")
     said = [line for line in board.said().splitlines() if "frame" in line or "atchdog" in line or "imeout" in line]
-    expect(restarts == "0", f"{restarts} restarts: {'; '.join(dict.fromkeys(said))[-300:]}")
+    expect(restarts == before, f"restarted: {'; '.join(dict.fromkeys(said))[-300:]}")
     connect(1)
     take_still(board)
     return "goes on without a restart; with the head again the next still is saved"
