@@ -382,7 +382,7 @@ def read_only(bench):
     return f"mounted ro, nothing written; after the red button: {state}, {len(said.splitlines())} lines in the journal"
 
 
-@case("exfat", "an exFAT card", quick=True)
+@case("exfat", "an exFAT card")
 def exfat(bench):
     board = bench.ready()
     remove(board)
