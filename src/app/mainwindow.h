@@ -225,7 +225,7 @@ private:
 
     // --- mw_voicenote.cpp ---
     void showNoteButton();
-    void endNoteRecording();
+    bool endNoteRecording();
 
     // --- mw_files.cpp: deleting and renaming ---
     void DeleteFile(bool deletePicture, bool deleteAudio);
