@@ -115,15 +115,15 @@ class Try:
 
     def excuse(self, answer, judged):
         """A still has its row whether it could be saved or not; a film that had just begun when the application was
-        killed, or the card failed for good and the screen told so, may be empty, and so may a note that could not be
-        removed. Where a write failed, a line of the text log may be missing."""
+        killed, or the card failed for good and the screen told so, may be empty; a note may lack its end then. Where a
+        write failed, a line of the text log may be missing."""
         text = self.folder / f"{self.folder.name}.txt"
         if self.path == "still" and not answer and text.is_file():
             judged |= {line.split()[-1] for line in text.read_text(errors="replace").splitlines()[-1:] if line}
         if self.path in ("film-start", "film-end") and not answer:
             judged |= {film.name for film in self.folder.glob("*.avi") if film.stat().st_size == 0}
         if self.path == "note" and not answer:
-            judged |= {note.name for note in self.folder.glob("*.wav") if note.stat().st_size == 0}
+            judged |= {note.name for note in self.folder.glob("*.wav")}
         if answer is not None:
             judged.add(GAPS)
 
