@@ -176,7 +176,7 @@ private:
     void awaitFilm();     // its first picture, or the end of our patience
     void noteFilmStart(); // from here on it is a film on the card
     void endFilm();
-    void closeFilm(); // its end is on the card, and its row
+    bool closeFilm(); // its end is on the card, and its row
     void dropFilm();
     void giveUpFilm();
     void endRecordingWithoutCard();
@@ -225,7 +225,7 @@ private:
 
     // --- mw_voicenote.cpp ---
     void showNoteButton();
-    void endNoteRecording();
+    bool endNoteRecording();
 
     // --- mw_files.cpp: deleting and renaming ---
     void DeleteFile(bool deletePicture, bool deleteAudio);

@@ -150,8 +150,8 @@ void MainWindow::endFilm()
     emit BusyIndicator(true);
     const bool fileFailed = gst_FilmFileFailed();
     chooseLivePipelineMode();
-    closeFilm();
-    if (isDiskFull() || fileFailed)
+    const bool isWhole = closeFilm();
+    if (isDiskFull() || fileFailed || !isWhole)
         tellCardTakesNothing();
     imageTimer->stop();
     ActivateMSDC(true);
@@ -160,18 +160,19 @@ void MainWindow::endFilm()
 }
 
 // A slow card takes seconds to close it: the row has the time of the film's end. What could not be closed in
-// time is mended at once.
-void MainWindow::closeFilm()
+// time is mended at once. False: what was to be written last is not on the card.
+bool MainWindow::closeFilm()
 {
     const QTime ended = QTime::currentTime();
     gst_EndVideoInputPipeline();
     m_film = Film::None;
     const HostPath film = unit::path(inCurrentFolder(g_SavedFSInfo.currFileName));
-    if (avirepair::isCutOff(film))
-        avirepair::repair(film);
+    const bool isWhole =
+        QFileInfo(film).size() > 0 && (!avirepair::isCutOff(film) || avirepair::repair(film));
     command::run(QStringLiteral("sync"));
     logCapture(eVideoStop, g_SavedFSInfo.currFileName, ended);
     saveFilmThumbnail(g_SavedFSInfo.currFileName);
+    return isWhole;
 }
 
 // No picture came, or no file: nothing of it stays, neither on the card nor in the logs.

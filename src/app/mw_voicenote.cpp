@@ -15,14 +15,27 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTimer>
+#include <QtEndian>
 
 namespace {
 
 constexpr qint64 kWavHeader = 44; // bytes: a file without sound
+constexpr qint64 kRiffHead = 8;   // bytes, which the size in it leaves out
 
 HostPath noteFile()
 {
     return unit::path(inCurrentFolder(g_SavedFSInfo.currSelectedAudioFile));
+}
+
+// The header tells the file's size, which is written last.
+bool isClosed(const QString &hostPath)
+{
+    QFile file(hostPath);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray head = file.read(kRiffHead);
+    return head.size() == kRiffHead &&
+           qFromLittleEndian<quint32>(head.constData() + 4) + kRiffHead == file.size();
 }
 
 } // namespace
@@ -60,16 +73,17 @@ void MainWindow::onRecordAudioTimerExpired()
 void MainWindow::enterPlaybackSnapshotTerminateRecordingAudio()
 {
     recordAudioTimer->stop();
-    endNoteRecording();
-    if (isDiskFull())
+    const bool isWhole = endNoteRecording();
+    if (isDiskFull() || !isWhole)
         tellCardTakesNothing();
     ActivateMSDC(true);
     showNoteButton();
     ChangeMainState(eStatePlaybackSnapshot);
 }
 
-// Closes the file; the picture has its note from now on, so that a second touch plays it.
-void MainWindow::endNoteRecording()
+// Closes the file; the picture has its note from now on, so that a second touch plays it. False: the card did
+// not take all of it.
+bool MainWindow::endNoteRecording()
 {
     gst_StopAudioRecording();
     command::run(QStringLiteral("sync"));
@@ -77,4 +91,5 @@ void MainWindow::endNoteRecording()
     if (!hasSound)
         QFile::remove(noteFile());
     g_FileListing[size_t(g_selectedItemFileIndex)].annotated = hasSound ? 1 : 0;
+    return !hasSound || isClosed(noteFile());
 }

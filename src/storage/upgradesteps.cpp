@@ -68,7 +68,7 @@ std::vector<Step> read(const QByteArray &text)
     if (text.size() > kLongestText)
         return steps;
     for (const QByteArray &line : text.split('\n')) {
-        if (line.size() > kLongestLine)
+        if (line.size() > kLongestLine || line.contains('\0')) // the system would take half a name
             continue;
         const QStringList fields = QString::fromUtf8(line).split(QLatin1Char(','));
         const Word *word = commandIn(fields[0]);

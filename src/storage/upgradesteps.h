@@ -21,8 +21,8 @@ struct Step
 };
 
 // The commands of the file, in its order; fields are trimmed, lines may end in CR LF. Left out: a line whose
-// first field holds no command or that lacks a field, and lines of more than 4096 bytes. Of a text above 1 MB
-// nothing is taken.
+// first field holds no command or that lacks a field, and lines of more than 4096 bytes or with a zero byte.
+// Of a text above 1 MB nothing is taken.
 std::vector<Step> read(const QByteArray &text);
 
 // Carries one step out, with files taken from `workFolder`. False when it could not, or when its target lies

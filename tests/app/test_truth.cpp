@@ -49,6 +49,20 @@ class TestTruth : public HeardTest
     }
 
 private slots:
+    // A short film's bytes are all written at its end.
+    void aFilmWhoseEndCannotBeWrittenIsNotCalledSaved()
+    {
+        Screen screen;
+        const Boxes boxes(screen.window);
+        screen.startFilm();
+        QTRY_COMPARE_WITH_TIMEOUT(screen.window.mainState(), eStateLiveSavingMovie, 30000);
+        screen.folder.control("card error EIO"_L1);
+        screen.touch(40, 485);
+        QTRY_COMPARE_WITH_TIMEOUT(boxes.count(), 1, 30000);
+        screen.folder.control("card error none"_L1);
+        QTRY_COMPARE_WITH_TIMEOUT(screen.window.mainState(), eStateLive, 30000);
+    }
+
     // The buffer still holds the pipe when the chart stands before a camera that takes its time.
     void aStillWaitsForThePictureOfItsMoment()
     {

@@ -5,6 +5,8 @@
 
 #include <QStandardPaths>
 
+#include <filesystem>
+
 FUZZ(input)
 {
     static const FuzzUnit unit({QStringLiteral("/usr/bin"), QStringLiteral("/work")});
@@ -17,7 +19,8 @@ FUZZ(input)
         command::run(QStringLiteral("tar"),
                      {QStringLiteral("-xpf"), unit::path(archive), QStringLiteral("--no-same-owner"),
                       QStringLiteral("-C"), unit::path(work)});
-        require(QDir(unit::path(work)).removeRecursively() && QDir().mkdir(unit::path(work)));
+        std::filesystem::remove_all(unit::path(work).encoded().toStdString()); // any bytes may be a name
+        require(QDir().mkdir(unit::path(work)));
     }
     require(unit.isAlone() &&
             QDir(unit::root()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden) ==

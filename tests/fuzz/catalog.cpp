@@ -10,7 +10,7 @@ FUZZ(input)
     const auto before = damagecatelog::entries(catalog);
     require(before && damagecatelog::append(catalog, QStringLiteral("Crack")));
     require(FuzzUnit::content(catalog) == input + "Crack\n");
-    for (const QString &entry : *before) {
+    for (const QString &entry : before->mid(0, 4)) {
         const qsizetype size = FuzzUnit::content(catalog).size();
         require(damagecatelog::removeFirst(catalog, entry) == (FuzzUnit::content(catalog).size() < size));
     }

@@ -17,7 +17,7 @@ inline void require(bool holds)
         std::abort();
 }
 
-// A unit in a temporary folder that lives as long as the process, in memory where the machine has that.
+// A unit in a temporary folder that lives as long as the process.
 class FuzzUnit
 {
 public:
@@ -49,9 +49,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_folder{QDir(QStringLiteral("/dev/shm")).exists()
-                               ? QStringLiteral("/dev/shm/fuzz-XXXXXX")
-                               : QDir::tempPath() + QStringLiteral("/fuzz-XXXXXX")};
+    QTemporaryDir m_folder;
 };
 
 // FUZZ(input) { ... }: what one input goes through.

@@ -8,7 +8,9 @@ FUZZ(input)
     const UnitPath work = u"/home/root/tmp"_unit;
     QDir().mkpath(unit::path(work));
     FuzzUnit::put(work / QStringLiteral("x"), "content");
-    for (const upgradesteps::Step &step : upgradesteps::read(input))
+    std::vector<upgradesteps::Step> steps = upgradesteps::read(input);
+    steps.resize(std::min<size_t>(steps.size(), 8)); // each is synced
+    for (const upgradesteps::Step &step : steps)
         upgradesteps::carryOut(step, work);
     require(unit.isAlone());
 }

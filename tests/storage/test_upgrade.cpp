@@ -260,7 +260,7 @@ private slots:
                        "RMDIR,,/link/empty RMDIR,,/link RMDIR,,/ RMDIR,,/home/root/tubix4_app ADD ADD,x "
                        "add,x,/etc")
                 .split(' ');
-        lines << "ADD,x,/etc" + QByteArray(5000, ' ');
+        lines << "ADD,x,/etc" + QByteArray(5000, ' ') << QByteArray("ADD,x,/../outside~x").replace('~', '\0');
         const UpgradeUnit folder(u"/unit"_s);
         const QString host = unit::root().chopped(5);
         QDir().mkpath(host + u"/outside/empty"_s);

@@ -56,6 +56,12 @@ def called_saved(tally, unit, before, folder):
             tally.lose(f"a {kind} that the screen called saved ({told} told, {there} there)")
 
 
+def film_runs(unit):
+    """A film was begun, and the screen has not told of its end."""
+    latest = next((name for _, name in reversed(unit.states) if name in ("eStateLive", "eStateLiveSavingMovie")), "")
+    return latest == "eStateLiveSavingMovie"
+
+
 def start_again(tally, unit, judged):
     """The next start mends what was torn; then nothing may be wrong with the folder."""
     unit.start()
@@ -81,7 +87,7 @@ def sudden_ends(bench, tally, unit, end, wiped):
         called_saved(tally, unit, before, unit.folder())
         new = sorted(name for name in unit.files() - before.keys() if name.endswith(".avi"))
         running = set(new[-1:])
-        if begun and new and (unit.folder() / new[-1]).stat().st_size == 0:
+        if film_runs(unit) and new and (unit.folder() / new[-1]).stat().st_size == 0:
             judged |= running
             short += 1
         finished = captures(unit.folder())

@@ -39,6 +39,7 @@ public:
 
     bool still()
     {
+        backToLive();
         settings().CaptureMode = eStillImageCapture;
         touch(kCapture);
         const bool isShown = comes(eStateCaptureWindowEntry, eStateLive);
@@ -49,6 +50,7 @@ public:
 
     bool startFilm()
     {
+        backToLive();
         settings().CaptureMode = eVideoCapture;
         touch(kCapture);
         return comes(eStateLiveSavingMovie, eStateLive);
@@ -64,10 +66,7 @@ public:
 
     bool openPicture()
     {
-        if (window.mainState() == eStatePlaybackSnapshot)
-            touch(kBack);
-        for (int i = 0; i < 3 && window.mainState() != eStateLive; ++i)
-            touch(kBack);
+        backToLive();
         touch(kThumbnails);
         select(0);
         return window.mainState() == eStatePlaybackSnapshot;
@@ -120,6 +119,12 @@ public:
     }
 
 private:
+    void backToLive()
+    {
+        for (int i = 0; i < 3 && window.mainState() != eStateLive; ++i)
+            touch(kBack);
+    }
+
     // False: it does not come, or `instead` does after it could have come.
     bool comes(eMainStates wanted, eMainStates instead = eStateSentinel)
     {
@@ -155,7 +160,8 @@ constexpr std::array kPaths = {
          }},
     Path{"row",
          [](Hand &) {
-             UpdateLogFiles(eDamageCatelogChange, 123, u"TUBX0001.jpg"_s, u"Crack"_s, QTime::currentTime());
+             static int number = 0; // no row is like the one before
+             UpdateLogFiles(eDamageCatelogChange, 123, u"TUBX0001.jpg"_s, u"Crack %1"_s.arg(++number));
              return true;
          }},
     Path{"rename",

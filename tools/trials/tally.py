@@ -3,6 +3,7 @@ import json
 import os
 import platform
 import subprocess
+import sys
 import time
 from pathlib import Path
 
@@ -17,7 +18,8 @@ class Tally:
     """Counts of one case. Lost: what the screen had called saved, or lay on the card before, and is not there as it
     was. Failed: everything else that was not as it should be."""
 
-    def __init__(self, seconds, full):
+    def __init__(self, name, seconds, full):
+        self.name = name
         self.tried = self.lost = self.failed = 0
         self.full = full
         self.seen = []      # what the row says besides, in few words
@@ -28,27 +30,34 @@ class Tally:
     def seconds(self):
         return time.monotonic() - self._begun
 
+    def is_over(self):
+        return self.seconds() >= self._seconds
+
     def rounds(self):
         """Counts the tries: until the case's full number, or until its time is over."""
-        while self.tried < self.full and self.seconds() < self._seconds:
+        while self.tried < self.full and not self.is_over():
             self.tried += 1
             yield self.tried
 
     def lose(self, what):
         self.lost += 1
-        self.faults.append(f"try {self.tried}: lost: {what}")
+        self._tell(f"lost: {what}")
 
     def fail(self, what):
         self.failed += 1
+        self._tell(what)
+
+    def _tell(self, what):
         self.faults.append(f"try {self.tried}: {what}")
+        print(f"hurt: {self.name}: {self.faults[-1]}", file=sys.stderr, flush=True)
 
     def check(self, good, what):
         if not good:
             self.fail(what)
         return good
 
-    def row(self, name, seed):
-        return {"case": name, "seed": seed, "tried": self.tried, "full": self.full, "lost": self.lost,
+    def row(self, seed):
+        return {"case": self.name, "seed": seed, "tried": self.tried, "full": self.full, "lost": self.lost,
                 "failed": self.failed, "seconds": round(self.seconds()), "seen": "; ".join(self.seen),
                 "faults": self.faults}
 
