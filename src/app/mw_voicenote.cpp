@@ -28,9 +28,9 @@ HostPath noteFile()
 }
 
 // The header tells the file's size, which is written last.
-bool isClosed(const QString &hostPath)
+bool isClosed(const HostPath &note)
 {
-    QFile file(hostPath);
+    QFile file(note);
     if (!file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray head = file.read(kRiffHead);
