@@ -194,26 +194,6 @@ private slots:
         QVERIFY(screen.button("btn_menu_Capture")->isEnabled());
     }
 
-    void theStreamComesBackAfterAFilmAndIsSwitchedOffWhenItCannot()
-    {
-        Screen screen;
-        quint8 &streaming = Screen::settings().bNetworkStreaming;
-        streaming = 1;
-        g_gst_VideoPipelineMode = eGSTStateStreaming;
-        screen.startFilm();
-        screen.waitForFilmAt("00:00:01");
-        screen.touch(40, 485);
-        QVERIFY(g_gst_Pipeline.videoStreamSink);
-        QVERIFY(streaming);
-        QVERIFY(Screen::pictureRuns());
-
-        gst_SetNetworkStreamingIPAddress("");
-        gst_VideoInputPipeline(0);
-        QTRY_VERIFY(!streaming);
-        QTRY_VERIFY(g_gst_Pipeline.videocrop);
-        QVERIFY(screen.button("btn_menu_Capture")->isEnabled());
-    }
-
     void noTouchOnABusyScreenCounts()
     {
         Screen screen;
