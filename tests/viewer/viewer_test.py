@@ -225,7 +225,7 @@ class TestViewer(unittest.TestCase):
                 connection.request("GET", address)
                 answers.append(connection.getresponse())
                 answers[-1].read(1000)
-            self.assertEqual(self.viewer.open_on(self.unit.path("media")), [], "nothing is held while the phone waits")
+            wait_for(lambda: not self.viewer.open_on(self.unit.path("media")), "nothing is held while the phone waits")
             self.unit.control(*take)
             wait_for(lambda: not self.state()["files"], "the files' part is closed")
             for address in ("/folders", "/files/24112026/TUBX0001.jpg", "/zip/24112026", "/first/24112026/TUBX0004.avi"):
