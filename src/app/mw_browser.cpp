@@ -26,7 +26,6 @@ namespace {
 constexpr QRect kFilmPlace(80, 24, 720, 576);
 constexpr QRect kPicturePlace(80, 0, 720, 600); // with the brand band
 constexpr QSize kFinestPicture(1440, 1200);     // twice what the screen shows
-constexpr int kShownCharacters = 18;
 
 HostPath hostPathInFolder(const QString &fileName)
 {
@@ -185,9 +184,7 @@ void MainWindow::displaySelectedThumbnail()
     const sSnakeFileInfo &file = g_FileListing[size_t(g_selectedItemFileIndex)];
     g_SavedFSInfo.currSelectedFile = file.fileName;
     g_SavedFSInfo.currSelectedAudioFile = capturefiles::noteOf(file.fileName);
-    const QString shown = g_SavedFSInfo.currRootDirectory.text().mid(kDcimFolder.text().size()) +
-                          QLatin1Char('/') + g_SavedFSInfo.currSelectedFile;
-    ui->lbl_CurrentFilenameandPath->setText(QLatin1String("...") + shown.right(kShownCharacters));
+    ui->lbl_CurrentFilenameandPath->setText(QLatin1String("...") + shownPath(inCurrentFolder(file.fileName)));
     if (file.isVideo)
         displaySelectedFilm();
     else

@@ -63,7 +63,7 @@ void MainWindow::tellCardTakesNothing()
 
 void MainWindow::showCurrentFolder()
 {
-    ui->lbl_CurrentFilenameandPath->setText(shownFolder(g_SavedFSInfo.currRootDirectory));
+    ui->lbl_CurrentFilenameandPath->setText(shownPath(g_SavedFSInfo.currRootDirectory));
 }
 
 // The mount follows the kernel's message; one that takes longer is seen by lookForMount().

@@ -18,7 +18,7 @@ UnitPath inCurrentFolder(const QString &fileName)
     return g_SavedFSInfo.currRootDirectory / fileName;
 }
 
-QString shownFolder(const UnitPath &folder)
+QString shownPath(const UnitPath &path)
 {
-    return folder.text().mid(kDcimFolder.text().size()).right(kShownCharacters);
+    return path.text().mid(kDcimFolder.text().size()).right(kShownCharacters);
 }

@@ -31,5 +31,5 @@ UnitPath folderOfTheDay();
 // A file in the current folder.
 UnitPath inCurrentFolder(const QString &fileName);
 
-// The folder as the top bar shows it: below DCIM, at most the last 18 characters.
-QString shownFolder(const UnitPath &folder);
+// A folder or a file as the top bar shows it: below DCIM, at most the last 18 characters.
+QString shownPath(const UnitPath &path);
