@@ -52,9 +52,7 @@ void Capture::follow()
 {
     const double target = files.meterCount() * 10.0;
     const double way = target - m_position;
-    if (m_position < 0 || std::abs(way) > 1500)
-        m_position = target;
-    else if (std::abs(way) < 0.1)
+    if (m_position < 0 || std::abs(way) > 1500 || std::abs(way) < 0.1)
         m_position = target;
     else
         m_position += way * 0.22;

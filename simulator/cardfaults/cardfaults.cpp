@@ -241,11 +241,13 @@ mode_t modeOf(int flags, va_list arguments)
     }
 
 // A function that changes what its first argument names.
+// NOLINTBEGIN(bugprone-macro-parentheses): a list of arguments brings its own
 #define CHANGE(result, name, change, parameters, arguments, what, exception)                                 \
     result name parameters exception                                                                         \
     {                                                                                                        \
         return fails(what, change) ? -1 : NEXT(name) arguments;                                              \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 extern "C" {
 

@@ -48,18 +48,18 @@ signals:
     void SDCardRemoved();
 
 public slots:
-    void onProcessSystemShutdown();               // mw_system.cpp
-    void onClearPictureEditorButtons();           // mainwindow.cpp
-    void onBusyIndicator(bool on);                // mainwindow.cpp
-    void doNextFrame();                           // mw_liveview.cpp
-    void systemCheck();                           // mw_system.cpp
-    void setSystemDateTime(QString dateTime);     // mw_toolsactions.cpp
-    void popUpExpired();                          // mainwindow.cpp
-    void shutdownTimerExpired();                  // mainwindow.cpp
-    void genericDelayTimerExpired();              // mainwindow.cpp
-    void onRecordAudioTimerExpired();             // mw_voicenote.cpp
-    void onLogfileChanged(const QString &path);   // mw_messagelog.cpp
-    void onDirectoryChanged(const QString &path); // mw_messagelog.cpp
+    void onProcessSystemShutdown();                  // mw_system.cpp
+    void onClearPictureEditorButtons();              // mainwindow.cpp
+    void onBusyIndicator(bool on);                   // mainwindow.cpp
+    void doNextFrame();                              // mw_liveview.cpp
+    void systemCheck();                              // mw_system.cpp
+    void setSystemDateTime(const QString &dateTime); // mw_toolsactions.cpp
+    void popUpExpired();                             // mainwindow.cpp
+    void shutdownTimerExpired();                     // mainwindow.cpp
+    void genericDelayTimerExpired();                 // mainwindow.cpp
+    void onRecordAudioTimerExpired();                // mw_voicenote.cpp
+    void onLogfileChanged(const QString &path);      // mw_messagelog.cpp
+    void onDirectoryChanged(const QString &path);    // mw_messagelog.cpp
     // The buttons, connected by name. The order of signals and slots is kept for whoever connects by number.
     void on_btn_menu_CaptureModeSelect_clicked();                // mw_buttons.cpp
     void on_btn_menu_Tools_clicked();                            // mw_toolsmenu.cpp

@@ -88,13 +88,12 @@ void MainWindow::enterCaptureModeChange()
 void MainWindow::on_btn_menu_Capture_clicked()
 {
     constexpr eEventLogOperation operation = eEventImageCapture;
-    if (m_film != Film::None)
-        route(operation, "Capture button clicked - stop movie", eStateLiveTerminateSavingMovie);
-    else if (isDiskFull() && SDCardInfo.inserted)
+    const bool isFilmRunning = m_film != Film::None;
+    if (!isFilmRunning && isDiskFull() && SDCardInfo.inserted)
         tellCardFullInLiveView();
-    else if (m_pParams->getParams().CaptureMode == eStillImageCapture)
+    else if (!isFilmRunning && m_pParams->getParams().CaptureMode == eStillImageCapture)
         route(operation, "Capture button clicked - save still", eStateLiveSavingStill);
-    else if (g_MainState == eStateLive)
+    else if (!isFilmRunning && g_MainState == eStateLive)
         route(operation, "Capture button clicked - start movie", eStateLiveSavingMovieQueued);
     else
         route(operation, "Capture button clicked - stop movie", eStateLiveTerminateSavingMovie);

@@ -64,7 +64,7 @@ void MainWindow::on_btn_tools_SetTime_clicked()
     showClock();
 }
 
-void MainWindow::setSystemDateTime(QString dateTime)
+void MainWindow::setSystemDateTime(const QString &dateTime)
 {
     clocksetting::set(QString(), dateTime);
 }

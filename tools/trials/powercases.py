@@ -75,7 +75,8 @@ def sudden_ends(bench, tally, unit, end, wiped):
     its last two seconds: one that had just begun may be empty."""
     judged, earlier, short, most = set(), 0, 0, 0.0
     for _ in tally.rounds():
-        before, begun = captures(unit.folder()), None
+        folder = unit.folder()  # the round's, even if a day begins meanwhile
+        before, begun = captures(folder), None
         earlier += len(before)
         try:
             begun = act(unit, bench.dice)
@@ -83,18 +84,18 @@ def sudden_ends(bench, tally, unit, end, wiped):
             tally.fail(trouble)
         ended = time.time()
         end()
-        earlier_is_unchanged(tally, before, unit.folder())
-        called_saved(tally, unit, before, unit.folder())
-        new = sorted(name for name in unit.files() - before.keys() if name.endswith(".avi"))
+        earlier_is_unchanged(tally, before, folder)
+        called_saved(tally, unit, before, folder)
+        new = sorted(name for name in captures(folder).keys() - before.keys() if name.endswith(".avi"))
         running = set(new[-1:])
-        if film_runs(unit) and new and (unit.folder() / new[-1]).stat().st_size == 0:
+        if film_runs(unit) and new and (folder / new[-1]).stat().st_size == 0:
             judged |= running
             short += 1
-        finished = captures(unit.folder())
+        finished = captures(folder)
         start_again(tally, unit, judged)
-        earlier_is_unchanged(tally, finished, unit.folder(), running)
+        earlier_is_unchanged(tally, finished, folder, running)
         if begun and new:
-            missing = ended - begun - seconds_of(unit.folder() / new[-1])
+            missing = ended - begun - seconds_of(folder / new[-1])
             most = max(most, missing)
             if missing > MOST_LOST:
                 tally.lose(f"{missing:.1f} s of the film that ran")
