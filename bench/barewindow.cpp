@@ -2,6 +2,7 @@
 // live view. Says "ready" with its first painted frame, as the application does.
 // Usage: barewindow UNIT_FOLDER
 #include "media/boardelements.h"
+#include "media/framecopy.h"
 #include "media/gst_includes.h"
 #include "media/videoinputlayout.h"
 #include "platform/unit.h"
@@ -12,30 +13,19 @@
 #include <QWidget>
 
 #include <cstdio>
-#include <cstring>
-#include <gst/app/gstappsink.h>
 #include <vector>
 
 namespace {
 
 constexpr int kFrameInterval = 40; // ms
 
-std::vector<uchar> g_frame(kFrameBytes); // written by the streaming thread, as in the application
+std::vector<quint8> g_frame(kFrameBytes); // written by the streaming thread, as in the application
 std::atomic<bool> g_frameReady = false;
 
 GstFlowReturn takeFrame(GstAppSink *appsink, gpointer)
 {
-    GstSample *sample = gst_app_sink_pull_sample(appsink);
-    if (!sample)
-        return GST_FLOW_OK;
-    GstMapInfo map;
-    GstBuffer *buffer = gst_sample_get_buffer(sample);
-    if (buffer && gst_buffer_map(buffer, &map, GST_MAP_READ)) {
-        std::memcpy(g_frame.data(), map.data, std::min(map.size, g_frame.size()));
-        gst_buffer_unmap(buffer, &map);
+    if (copyNextFrame(appsink, g_frame.data()))
         g_frameReady = true;
-    }
-    gst_sample_unref(sample);
     return GST_FLOW_OK;
 }
 

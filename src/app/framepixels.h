@@ -19,6 +19,8 @@ public:
     void fill(QImage &rows, int first);
 
 private:
+    void expandRow(int row, uchar *to); // a row of the frame to one of the picture
+
     const QImage &m_frame;
     QRect m_crop;
     QSize m_picture;

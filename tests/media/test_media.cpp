@@ -1,6 +1,9 @@
 #include "media/media.h"
 
+#include "media/framecopy.h"
 #include "media/gst_videoplayback.h"
+
+#include <gst/video/video.h>
 
 using namespace Qt::StringLiterals;
 
@@ -45,6 +48,60 @@ int largestDifference(const QList<int> &some, const QList<int> &others)
     for (qsizetype i = 0; i < some.size(); ++i)
         largest = std::max(largest, std::abs(some[i] - others[i]));
     return largest;
+}
+
+constexpr int kPatch = 16; // pixels: the chroma of a patch's middle is its own
+
+// I420 in patches of one colour each, over all of Y, U and V.
+GstBuffer *patches(const GstVideoInfo &info)
+{
+    GstBuffer *buffer = gst_buffer_new_allocate(nullptr, info.size, nullptr);
+    GstVideoFrame picture;
+    gst_video_frame_map(&picture, &info, buffer, GST_MAP_WRITE);
+    for (int plane = 0; plane < 3; ++plane) {
+        const int side = plane == 0 ? kPatch : kPatch / 2;
+        auto *row = static_cast<uchar *>(GST_VIDEO_FRAME_PLANE_DATA(&picture, plane));
+        for (int y = 0; y < GST_VIDEO_FRAME_COMP_HEIGHT(&picture, plane); ++y) {
+            for (int x = 0; x < GST_VIDEO_FRAME_COMP_WIDTH(&picture, plane); ++x)
+                row[x] = uchar((y / side * 45 + x / side) * (plane * 34 + 37));
+            row += GST_VIDEO_FRAME_PLANE_STRIDE(&picture, plane);
+        }
+    }
+    gst_video_frame_unmap(&picture);
+    return buffer;
+}
+
+// As GStreamer's own converter has it.
+QByteArray converted(GstBuffer *from, GstVideoInfo &info)
+{
+    GstVideoInfo screen;
+    gst_video_info_set_format(&screen, GST_VIDEO_FORMAT_RGB16, kFrameWidth, kFrameHeight);
+    QByteArray pixels(qsizetype(kFrameBytes), 0);
+    GstBuffer *to = gst_buffer_new_wrapped_full(GstMemoryFlags(0), pixels.data(), kFrameBytes, 0, kFrameBytes,
+                                                nullptr, nullptr);
+    GstVideoFrame some, other;
+    gst_video_frame_map(&some, &info, from, GST_MAP_READ);
+    gst_video_frame_map(&other, &screen, to, GST_MAP_WRITE);
+    GstVideoConverter *converter = gst_video_converter_new(&info, &screen, nullptr);
+    gst_video_converter_frame(converter, &some, &other);
+    gst_video_converter_free(converter);
+    gst_video_frame_unmap(&other);
+    gst_video_frame_unmap(&some);
+    gst_buffer_unref(to);
+    return pixels;
+}
+
+QList<int> middles(const QByteArray &pixels)
+{
+    QList<int> colours;
+    const auto *pixel = static_cast<const quint16 *>(static_cast<const void *>(pixels.constData()));
+    for (int y = kPatch / 2; y < kFrameHeight; y += kPatch) {
+        for (int x = kPatch / 2; x < kFrameWidth; x += kPatch) {
+            const int value = pixel[y * kFrameWidth + x];
+            colours << (value >> 11) * 2 << (value >> 5 & 63) << (value & 31) * 2;
+        }
+    }
+    return colours;
 }
 
 int cropOf(const char *side)
@@ -152,6 +209,33 @@ private slots:
         QTRY_VERIFY(g_FilmFrameReady);
         QVERIFY(largestDifference(barsOnScreen(), screen) <= 8);
         gst_StopVideoFilePipeline();
+    }
+
+    // To a step of what five bits tell apart, and to two of an HD camera's: screen, film and playback agree.
+    void aFrameHasTheConvertersColours_data()
+    {
+        QTest::addColumn<QByteArray>("colorimetry");
+        QTest::addColumn<int>("steps");
+        QTest::newRow("PAL") << QByteArray("bt601") << 1;
+        QTest::newRow("PAL, full range") << QByteArray("1:4:0:0") << 1;
+        QTest::newRow("HD") << QByteArray("bt709") << 2;
+    }
+    void aFrameHasTheConvertersColours()
+    {
+        QFETCH(const QByteArray, colorimetry);
+        QFETCH(const int, steps);
+        GstVideoInfo info;
+        gst_video_info_set_format(&info, GST_VIDEO_FORMAT_I420, kFrameWidth, kFrameHeight);
+        gst_video_colorimetry_from_string(&info.colorimetry, colorimetry.constData());
+        GstBuffer *picture = patches(info);
+        GstCaps *caps = gst_video_info_to_caps(&info);
+        GstSample *sample = gst_sample_new(picture, caps, nullptr, nullptr);
+        QByteArray frame(qsizetype(kFrameBytes), 0);
+        QVERIFY(putFrame(sample, reinterpret_cast<quint8 *>(frame.data())));
+        QVERIFY(largestDifference(middles(frame), middles(converted(picture, info))) <= steps * 2);
+        gst_sample_unref(sample);
+        gst_caps_unref(caps);
+        gst_buffer_unref(picture);
     }
 
     void whatDoesNotFitTogetherIsAMarkAndNoEnd()
