@@ -5,6 +5,7 @@
 
 #include "app/unitapplication.h"
 #include "media/gst_videoinput.h"
+#include "storage/position.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -18,6 +19,9 @@ class BenchWindow
 public:
     BenchWindow(int &argc, char **argv)
     {
+        // The simulated unit's weighs a folder, with four programs where a unit runs one.
+        m_unit.put(u"/usr/bin/df"_unit,
+                   "#!/bin/cat\n/dev/mmcblk1p1 7766016 120000 7646016 2% /media/mmcblk1p1\n");
         m_application = std::make_unique<UnitApplication>(argc, argv);
         m_running = std::make_unique<RunningUnit>(*m_application);
         while (!g_InputFrameReady)
@@ -33,6 +37,14 @@ public:
         QCoreApplication::processEvents();
     }
 
+    // Files and stored thumbnails, with the times that they have.
+    bool copyIntoCurrentFolder(const QString &from) const
+    {
+        return QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), from + QStringLiteral("/."),
+                                                        unit::path(g_SavedFSInfo.currRootDirectory)}) == 0;
+    }
+
+    const TestUnit &unit() const { return m_unit; }
     MainWindow &operator*() const { return m_running->window; }
     MainWindow *operator->() const { return &m_running->window; }
 

@@ -4,22 +4,9 @@
 
 #include "core/pages.h"
 #include "storage/dcim.h"
-#include "storage/listing.h"
-#include "storage/position.h"
 
 #include <QElapsedTimer>
 #include <QListWidget>
-
-namespace {
-
-// Files and stored thumbnails, with the times that they have.
-bool copyIntoCurrentFolder(const QString &from)
-{
-    return QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), from + QStringLiteral("/."),
-                                                    unit::path(g_SavedFSInfo.currRootDirectory)}) == 0;
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
@@ -30,7 +17,7 @@ int main(int argc, char **argv)
     }
     window.standStill();
     CreateDCIMStructure({});
-    if (!copyIntoCurrentFolder(QString::fromLocal8Bit(argv[1])))
+    if (!window.copyIntoCurrentFolder(QString::fromLocal8Bit(argv[1])))
         return 1;
     window->ChangeMainState(eStateEnterPlaybackThumbnails);
     const auto *list = window->findChild<QListWidget *>(QStringLiteral("listW_ThumbnailViewer"));

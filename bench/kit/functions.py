@@ -88,6 +88,14 @@ def page_of_pictures(unit, folder):
     subprocess.run(["gst-launch-1.0", "-q", *shlex.split(launch)], env=environment(), check=True)
 
 
+def fill_with_pictures(unit, folder, count):
+    """So many pictures, links to those of one page."""
+    page_of_pictures(unit, folder)
+    for number in range(FILES_ON_PAGE + 1, count + 1):
+        first = (number - 1) % FILES_ON_PAGE + 1
+        os.link(os.path.join(folder, f"TUBX{first:04}.jpg"), os.path.join(folder, f"TUBX{number:04}.jpg"))
+
+
 def page_of_films(unit, folder):
     """Films as the unit records them, three seconds each."""
     first = os.path.join(folder, "TUBX0001.avi")

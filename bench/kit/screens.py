@@ -1,6 +1,5 @@
 """Cases on the real application with its live picture: live view, recording, start, memory."""
 
-import json
 import os
 import shlex
 import signal
@@ -24,6 +23,7 @@ from .programs import (
     simulated_unit,
     virtual_display,
 )
+from .response import in_the_window
 from .rows import compared, limited
 
 SETTLE = 2  # seconds that a program gets before it is measured
@@ -67,20 +67,6 @@ def live_peer(display, seconds):
             return per_frame(peer, seconds, RATE)
 
 
-def shown_frames(display, seconds):
-    """What was painted of what the camera delivered, in words."""
-    result = subprocess.run(
-        [bench("shownframes"), str(seconds)],
-        env=environment(display),
-        stdout=subprocess.PIPE,
-        stderr=subprocess.DEVNULL,
-        text=True,
-        check=True,
-    )
-    counted = json.loads(result.stdout.strip().splitlines()[-1])
-    return f"counted in the window: {counted['received']} frames received and {counted['painted']} painted in {seconds} s"
-
-
 def live(options):
     need("Xvfb", "gst-launch-1.0")
     with virtual_display() as display:
@@ -88,7 +74,8 @@ def live(options):
             (live_application(display, options.seconds), live_peer(display, options.seconds))
             for _ in range(options.runs)
         ]
-        note = shown_frames(display, options.seconds)
+        seen = in_the_window(display, "live", options.seconds)
+    note = f"counted in the window: {seen['received']} frames received, {seen['unpainted']} of them not painted"
     yield compared("live view, processor time per shown frame", "ms", pairs, 1.1, note)
 
 
