@@ -1,4 +1,5 @@
-// ReadDirectory against the bare readdir, stat and sort of the same folder.
+// ReadDirectory against the bare readdir, stat and sort of the same folder; the name of the next capture in
+// it.
 #include "testunit.h"
 
 #include "storage/capturenames.h"
@@ -39,6 +40,17 @@ void readDirectory(benchmark::State &state)
         state.SkipWithError("files are missing in the listing");
 }
 
+// As it is before a capture: the folder is listed, its name is free at once.
+void nextName(benchmark::State &state)
+{
+    g_SavedFSInfo.currRootDirectory = folderOf(state.range(0));
+    ReadDirectory(g_SavedFSInfo.currRootDirectory);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(freeCaptureName(QStringLiteral(".jpg")));
+    if (g_SavedFSInfo.currDCIMIndex != state.range(0))
+        state.SkipWithError("another name than the next");
+}
+
 struct Found
 {
     std::string name;
@@ -70,6 +82,7 @@ void readStatSort(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK(readDirectory)->Name("ours")->Arg(100)->Arg(1000)->Arg(10000);
-BENCHMARK(readStatSort)->Name("peer")->Arg(100)->Arg(1000)->Arg(10000);
+BENCHMARK(readDirectory)->Name("ours")->Arg(10)->Arg(1000)->Arg(9999);
+BENCHMARK(readStatSort)->Name("peer")->Arg(10)->Arg(1000)->Arg(9999);
+BENCHMARK(nextName)->Name("name")->Arg(10)->Arg(1000)->Arg(9999);
 BENCHMARK_MAIN();

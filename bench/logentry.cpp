@@ -1,8 +1,13 @@
-// One entry of the inspection log on a page of so many rows, against one append of the same bytes with fsync.
+// One entry of the inspection log on a page of so many rows, in a folder of so many pictures, against one
+// append of the same bytes with fsync; one line of an event log of so many megabytes.
 #include "testunit.h"
 
+#include "storage/capturenames.h"
+#include "storage/eventlog.h"
 #include "storage/inspectionlog.h"
 #include "storage/position.h"
+
+#include <QFileInfo>
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -39,6 +44,11 @@ void updateLogFiles(benchmark::State &state)
     QByteArray page = folder.content(kPage);
     page.insert(page.lastIndexOf("</table>"), entryOfPicture().row.repeated(state.range(0)));
     putSynced(kPage, page);
+    for (int i = 0; i < state.range(0); ++i) {
+        const UnitPath picture = kFolder / captureName(i, QStringLiteral(".jpg"));
+        ::link(unit::path(kPage).encoded().constData(),
+               unit::path(picture).encoded().constData()); // a name is all that they need
+    }
     for (auto _ : state)
         UpdateLogFiles(eImageCapture, 1234, kPicture, QString());
     if (folder.content(kPage).count("<tr>") < state.range(0) + kEntries)
@@ -59,8 +69,25 @@ void appendSynced(benchmark::State &state)
     }
 }
 
+void updateEventLog(benchmark::State &state)
+{
+    const UnitPath log = u"/home/root/tubix4_app/eventlog.csv"_unit;
+    const TestUnit made({log.parent()});
+    const QString text = QStringLiteral("Zoom plus button clicked - 3");
+    putSynced(log, {});
+    QFile::resize(unit::path(log), state.range(0) << 20); // without blocks: nothing is to be read there
+    UpdateEventLog(eEventZoomPlus, text);
+    const QFileInfo file(unit::path(log));
+    const qint64 before = file.size();
+    for (auto _ : state)
+        UpdateEventLog(eEventZoomPlus, text);
+    if (QFileInfo(file.filePath()).size() - before <= kEntries * text.size())
+        state.SkipWithError("lines are missing in the event log");
+}
+
 } // namespace
 
 BENCHMARK(updateLogFiles)->Name("ours")->Arg(10)->Arg(1000)->Arg(10000)->Iterations(kEntries)->UseRealTime();
 BENCHMARK(appendSynced)->Name("peer")->Arg(10)->Arg(1000)->Arg(10000)->Iterations(kEntries)->UseRealTime();
+BENCHMARK(updateEventLog)->Name("event")->Arg(0)->Arg(100)->Iterations(kEntries)->UseRealTime();
 BENCHMARK_MAIN();

@@ -1,6 +1,7 @@
 """Cases where a function is the unit (Google Benchmark), and the browser's pages."""
 
 import json
+import math
 import os
 import shlex
 import shutil
@@ -10,16 +11,18 @@ import tempfile
 import time
 
 from .programs import bench, environment, need, need_built, role, simulated_unit
-from .rows import compared
+from .rows import compared, limited
 
 SCALE = {"ns": 1e-3, "us": 1, "ms": 1e3}  # to microseconds
 FILES_ON_PAGE = 12
+SORTING = 1.13  # the exponent of n log n between 1000 and 9999
+FLAT = 1.2  # runs of the same differ by up to a fifth; what grows by a thousandth of it a file doubles
 
 
-def pairs_of(name, runs, clock):
-    """{size: [(ours, peer) of each run]} in microseconds. A run is the median of five turns, ours and peer mixed."""
+def figures_of(name, runs, clock):
+    """[{(side, size): microseconds} of each run]. A run is the median of five turns, the sides mixed."""
     need_built(name)
-    pairs = {}
+    all_runs = []
     for _ in range(runs):
         with tempfile.NamedTemporaryFile(suffix=".json") as out:
             subprocess.run(
@@ -46,32 +49,55 @@ def pairs_of(name, runs, clock):
                 continue
             side, size = result["run_name"].split("/")[:2]
             figures[side, int(size)] = result[clock] * SCALE[result["time_unit"]]
-        for side, size in figures:
-            if side == "ours":
-                pairs.setdefault(size, []).append((figures["ours", size], figures["peer", size]))
-    return pairs
+        all_runs.append(figures)
+    return all_runs
+
+
+def pairs_of(runs):
+    """{size: [(ours, peer) of each run]}, smallest size first."""
+    sizes = sorted(size for side, size in runs[0] if side == "ours")
+    return {size: [(run["ours", size], run["peer", size]) for run in runs] for size in sizes}
+
+
+def flat(case, runs, side):
+    """A row that sets the largest size beside the smallest: nothing in it may grow."""
+    sizes = [size for name, size in runs[0] if name == side]
+    return compared(case, "us", [(run[side, max(sizes)], run[side, min(sizes)]) for run in runs], FLAT)
+
+
+def exponent(small, large):
+    """Of the growth between two (size, time)."""
+    return math.log(large[1] / small[1]) / math.log(large[0] / small[0])
 
 
 def tick(options):
-    pairs = pairs_of("tick", options.runs, "cpu_time")
-    for level in sorted(pairs):
+    pairs = pairs_of(figures_of("tick", options.runs, "cpu_time"))
+    for level in pairs:
         case = "one pump tick, " + (f"zoom {level}" if level else "no zoom")
         yield compared(case, "us", pairs[level], 0.12 if level else 0.15)
 
 
 def listing(options):
-    pairs = pairs_of("listing", options.runs, "cpu_time")
-    for size in sorted(pairs):
+    runs = figures_of("listing", options.runs, "cpu_time")
+    pairs = pairs_of(runs)
+    for size in pairs:
         yield compared(f"listing {size} files", "us", pairs[size], 0.9 if size == max(pairs) else 1.5)
-    small, *_, large = sorted(pairs)
-    growth = [tuple(a / b for a, b in zip(*run)) for run in zip(pairs[large], pairs[small])]
-    yield compared(f"listing, growth from {small} to {large} files", "times", growth, 1.0)
+    *_, middle, large = pairs
+    growth = [
+        tuple(exponent((middle, run[side, middle]), (large, run[side, large])) for side in ("ours", "peer"))
+        for run in runs
+    ]
+    yield compared(f"listing, exponent of growth from {middle} to {large} files", "", growth, 1)
+    yield flat("name of the next capture, 9999 files to 10", runs, "name")
 
 
 def log(options):
-    pairs = pairs_of("logentry", options.runs, "real_time")
-    for size in sorted(pairs):
+    runs = figures_of("logentry", options.runs, "real_time")
+    pairs = pairs_of(runs)
+    for size in pairs:
         yield compared(f"one log entry, page of {size} rows", "us", pairs[size], 2)
+    yield flat("one log entry, 10000 rows and files to 10", runs, "ours")
+    yield flat("one line of the event log, 100 MB to none", runs, "event")
 
 
 def thumbnail_of(film, where):
@@ -106,13 +132,14 @@ def page_of_films(unit, folder):
         shutil.copy(first, os.path.join(folder, f"TUBX{number:04}.avi"))
 
 
-def time_of_page(folder):
-    """Milliseconds of one page: the median of nine, after the one that enters the browser."""
+def times_of_page(folder):
+    """Milliseconds of one page and of the way into the browser: the medians of nine, after a first time."""
     result = subprocess.run(
         [bench("pages"), folder, "9"], env=environment(), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
         text=True, check=True,
     )
-    return statistics.median(float(line) for line in result.stdout.split() if line[0].isdigit())
+    lines = [line.split() for line in result.stdout.splitlines() if line[:1].isdigit()]
+    return tuple(statistics.median(float(line[i]) for line in lines) for i in (0, 1))
 
 
 def time_of(commands):
@@ -151,5 +178,24 @@ def pages(options):
         )
         for case, page, peer, goal in cases:
             yield compared(
-                case, "ms", [(time_of_page(page), time_of(peer)) for _ in range(options.runs)], goal
+                case, "ms", [(times_of_page(page)[0], time_of(peer)) for _ in range(options.runs)], goal
             )
+
+
+def folders(options):
+    """The browser's first page and the way to it, in folders of more and more pictures."""
+    need("gst-launch-1.0")
+    sizes = (FILES_ON_PAGE, 1000, 9999)
+    with simulated_unit() as unit, tempfile.TemporaryDirectory() as folder:
+        places = {size: os.path.join(folder, str(size)) for size in sizes}
+        for size, place in places.items():
+            os.makedirs(os.path.join(place, ".thumbs"))
+            fill_with_pictures(unit, place, size)
+        runs = [{size: times_of_page(place) for size, place in places.items()} for _ in range(options.runs)]
+    small, middle, large = sizes
+    pairs = [(run[large][0], run[small][0]) for run in runs]
+    yield compared(f"page of 12 pictures, of {large} files to {small}", "ms", pairs, FLAT)
+    growth = statistics.median(exponent((middle, run[middle][1]), (large, run[large][1])) for run in runs)
+    note = ", ".join(f"{statistics.median(run[size][1] for run in runs):.1f} ms with {size} files" for size in sizes)
+    case = f"way into the browser (listing and page), exponent of growth from {middle} to {large} files"
+    yield limited(case, "", growth, SORTING, note)

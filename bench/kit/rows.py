@@ -60,8 +60,8 @@ def cells(row):
     ratio = "-" if row.ratio is None else times(row.ratio)
     spread = "-" if row.spread is None else f"{times(row.spread[0])} to {times(row.spread[1])}"
     met = {True: "yes", False: "**no**", None: "not judged"}[row.met]
-    ours = f"{figure(row.ours)} {row.unit}"
-    peer = "-" if row.peer is None else f"{figure(row.peer)} {row.unit}"
+    ours = f"{figure(row.ours)} {row.unit}".rstrip()
+    peer = "-" if row.peer is None else f"{figure(row.peer)} {row.unit}".rstrip()
     return [row.case, ours, peer, ratio, spread, figure(row.goal), met]
 
 
@@ -95,8 +95,7 @@ def machine(project):
     return (
         f"{time.strftime('%Y-%m-%d %H:%M')}, commit {commit or '?'}: {value_of('/proc/cpuinfo', 'model name')}, "
         f"{len(os.sched_getaffinity(0))} processors, {memory:.0f} GB, "
-        f"{value_of('/etc/os-release', 'PRETTY_NAME')}, Linux {platform.release()}, "
-        f"load {os.getloadavg()[0]:.1f} at the start"
+        f"{value_of('/etc/os-release', 'PRETTY_NAME')}, Linux {platform.release()}"
     )
 
 
