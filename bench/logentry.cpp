@@ -41,14 +41,16 @@ void updateLogFiles(benchmark::State &state)
     const TestUnit folder({kFolder});
     g_SavedFSInfo.currRootDirectory = kFolder;
     createLogHTMLlog(kFolder);
+    folder.put(kFolder / kPicture, "x");
+    const QByteArray picture = unit::path(kFolder / kPicture).encoded();
+    for (int i = 1; i <= state.range(0); ++i) {
+        const UnitPath next = kFolder / captureName(i, QStringLiteral(".jpg"));
+        ::link(picture.constData(), unit::path(next).encoded().constData()); // a name is all that they need
+    }
     QByteArray page = folder.content(kPage);
     page.insert(page.lastIndexOf("</table>"), entryOfPicture().row.repeated(state.range(0)));
     putSynced(kPage, page);
-    for (int i = 0; i < state.range(0); ++i) {
-        const UnitPath picture = kFolder / captureName(i, QStringLiteral(".jpg"));
-        ::link(unit::path(kPage).encoded().constData(),
-               unit::path(picture).encoded().constData()); // a name is all that they need
-    }
+    UpdateLogFiles(eImageCapture, 1234, kPicture, QString()); // brings what the names have left to be synced
     for (auto _ : state)
         UpdateLogFiles(eImageCapture, 1234, kPicture, QString());
     if (folder.content(kPage).count("<tr>") < state.range(0) + kEntries)

@@ -16,7 +16,7 @@ from .rows import compared, limited
 SCALE = {"ns": 1e-3, "us": 1, "ms": 1e3}  # to microseconds
 FILES_ON_PAGE = 12
 SORTING = 1.13  # the exponent of n log n between 1000 and 9999
-FLAT = 1.2  # runs of the same differ by up to a fifth; what grows by a thousandth of it a file doubles
+FLAT = 1.2  # runs of the same differ by up to a fifth; a thousandth more for each file would be ten times as much
 
 
 def figures_of(name, runs, clock):
