@@ -58,16 +58,17 @@ class Finger : public QObject
 public:
     Finger(const MainWindow &window, const Situation &situation)
         : m_window(window.windowHandle()), m_situation(situation),
-          m_label(window.findChild<QLabel *>(QString::fromLatin1(situation.answer))), m_text(m_label->text())
+          m_label(window.findChild<QLabel *>(QString::fromLatin1(situation.answer))), m_text(m_label->text()),
+          m_picture(window.findChild<PictureLabel *>(QStringLiteral("labelInputVideo")))
     {
         for (const char *name : {situation.there, situation.back}) {
             const auto *button = window.findChild<QPushButton *>(QString::fromLatin1(name));
             m_places.push_back(button->mapTo(&window, button->rect().center()));
         }
         m_label->installEventFilter(this);
-        const auto *picture = window.findChild<PictureLabel *>(QStringLiteral("labelInputVideo"));
-        connect(picture, &PictureLabel::framePainted, this, [this] {
-            m_painted.push_back({nBuffers, Clock::now()});
+        m_picture->installEventFilter(this);
+        connect(m_picture, &PictureLabel::framePainted, this, [this] {
+            m_painted.push_back({m_newest, Clock::now()});
         });
         connect(&m_heartbeat, &QTimer::timeout, this, &Finger::beat);
         m_heartbeat.setTimerType(Qt::PreciseTimer);
