@@ -1,6 +1,7 @@
 // A camera's frame into the frame buffer, by the application and by GStreamer's converter: processor time of
-// each in microseconds, the lowest of several turns. Usage: conversion [FRAMES]         (of one turn; default
-// 200)
+// each in microseconds, the lowest of several turns.
+// Usage: conversion [FRAMES]
+// FRAMES: of one turn, 200 when not named
 #include "media/framecopy.h"
 #include "media/gst_includes.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <random>
 

@@ -26,6 +26,10 @@ def in_the_window(display, situation, seconds, folder=None):
     return json.loads(next(line for line in result.stdout.splitlines() if line.startswith("{")))
 
 
+def frames_of(seen):
+    return f"{seen['received']} frames received, {seen['unpainted']} of them not painted"
+
+
 def break_films(folder):
     """Two pages of films: cut off behind the header, with nothing but zeros in the pictures, and something else."""
     with open(os.path.join(folder, "TUBX0001.avi"), "rb") as file:
@@ -59,6 +63,5 @@ def response(options):
                 f"touch to painted answer, 99th percentile, {name}", "ms", seen["answer"], LONGEST_ANSWER, touches
             )
             if situation == "live":
-                note = f"{seen['received']} frames received, {seen['unpainted']} of them not painted"
                 case = f"frames painted late in {options.watched} s of live view"
-                yield limited(case, "frames", seen["late"], 0, note)
+                yield limited(case, "frames", seen["late"], 0, frames_of(seen))

@@ -23,7 +23,7 @@ from .programs import (
     simulated_unit,
     virtual_display,
 )
-from .response import in_the_window
+from .response import frames_of, in_the_window
 from .rows import compared, limited
 
 SETTLE = 2  # seconds that a program gets before it is measured
@@ -75,7 +75,7 @@ def live(options):
             for _ in range(options.runs)
         ]
         seen = in_the_window(display, "live", options.seconds)
-    note = f"counted in the window: {seen['received']} frames received, {seen['unpainted']} of them not painted"
+    note = f"counted in the window: {frames_of(seen)}"
     yield compared("live view, processor time per shown frame", "ms", pairs, 1.1, note)
 
 
