@@ -14,6 +14,7 @@ namespace {
 Q_LOGGING_CATEGORY(log, "tubix.film")
 
 constexpr qint64 kWhereItBegins = 256 * 1024; // bytes: the first picture's headers lie in them
+constexpr qsizetype kFormType = 8;            // place of "AVI " in a film's first bytes
 
 using FirstFrame = decltype(&tubixFilmFirstFrame);
 
@@ -39,19 +40,20 @@ void takeCopy(void *context, const unsigned char *pixels, int width, int height,
     *static_cast<QImage *>(context) = QImage(pixels, width, height, stride, QImage::Format_RGB888).copy();
 }
 
-// The reader decodes a picture before it tells how large they are.
-bool hasLargePictures(const HostPath &hostPath)
+// Whether the reader should open the film. Where a film of JPEG pictures has none it would look for one to
+// the film's end, and it decodes a picture before it tells how large they are.
+bool mayHavePicture(const HostPath &hostPath)
 {
     QFile film(hostPath);
-    if (!film.open(QIODevice::ReadOnly))
+    QByteArray start = film.open(QIODevice::ReadOnly) ? film.read(kWhereItBegins) : QByteArray();
+    if (!start.startsWith("RIFF") || start.indexOf("AVI ") != kFormType)
         return false;
-    QByteArray start = film.read(kWhereItBegins);
     const qsizetype picture = start.indexOf("\xff\xd8\xff");
     QBuffer buffer(&start);
     if (picture < 0 || !buffer.open(QIODevice::ReadOnly) || !buffer.seek(picture))
-        return false;
+        return !start.contains("vidsMJPG");
     const std::optional<JpegFrame> frame = readJpegFrame(buffer);
-    return frame && frame->pixels > kMostPixelsHeld;
+    return !frame || frame->pixels <= kMostPixelsHeld;
 }
 
 } // namespace
@@ -60,7 +62,7 @@ QImage firstFrameOfFilm(const HostPath &hostPath)
 {
     static const FirstFrame firstFrame = loadModule();
     QImage frame;
-    if (firstFrame && !hasLargePictures(hostPath))
+    if (firstFrame && mayHavePicture(hostPath))
         firstFrame(hostPath.encoded().constData(), takeCopy, &frame);
     return frame;
 }
