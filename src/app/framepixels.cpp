@@ -5,45 +5,29 @@
 
 #include <libyuv.h>
 
-namespace {
-
-constexpr int kFramePixelBytes = 2;
-constexpr int kRowPixelBytes = 4;
-
-} // namespace
-
 FrameStretcher::FrameStretcher(const QImage &frame, const QRect &crop, QSize picture)
-    : m_frame(frame), m_crop(crop), m_picture(picture)
+    : m_frame(frame), m_crop(crop), m_picture(picture), m_line(crop.width(), 1, QImage::Format_RGB32)
 {
-    if (crop.width() == picture.width())
-        return;
-    m_line.resize(size_t(crop.width()));
-    m_columns.resize(size_t(picture.width()));
-    for (int x = 0; x < picture.width(); ++x)
-        m_columns[size_t(x)] = x * crop.width() / picture.width();
 }
 
 void FrameStretcher::expandRow(int row, uchar *to)
 {
-    const uchar *from = m_frame.constScanLine(row) + m_crop.x() * kFramePixelBytes;
-    if (m_columns.empty()) {
+    const uchar *from = m_frame.constScanLine(row) + m_crop.x() * m_frame.depth() / 8;
+    if (m_crop.width() == m_picture.width()) {
         libyuv::RGB565ToARGB(from, 0, to, 0, m_picture.width(), 1);
         return;
     }
-    libyuv::RGB565ToARGB(from, 0, static_cast<uchar *>(static_cast<void *>(m_line.data())), 0, m_crop.width(),
-                         1);
-    for (const int column : m_columns) {
-        std::memcpy(to, &m_line[size_t(column)], kRowPixelBytes);
-        to += kRowPixelBytes;
-    }
+    libyuv::RGB565ToARGB(from, 0, m_line.bits(), 0, m_crop.width(), 1);
+    libyuv::ARGBScale(m_line.constBits(), 0, m_crop.width(), 1, to, 0, m_picture.width(), 1,
+                      libyuv::kFilterNone);
 }
 
 void FrameStretcher::fill(QImage &rows, int first)
 {
     int expandedRow = -1;
     for (int y = 0; y < rows.height(); ++y) {
-        const int row =
-            m_crop.y() + std::min(first + y, m_picture.height() - 1) * m_crop.height() / m_picture.height();
+        const int below = std::min(first + y, m_picture.height() - 1);
+        const int row = m_crop.y() + (2 * below + 1) * m_crop.height() / (2 * m_picture.height());
         if (row == expandedRow)
             std::memcpy(rows.scanLine(y), rows.constScanLine(y - 1), size_t(rows.bytesPerLine()));
         else

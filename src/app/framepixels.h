@@ -4,8 +4,6 @@
 #include <QImage>
 #include <QRect>
 
-#include <vector>
-
 // Stretches a part of a 16-bit frame over a 32-bit picture, each pixel the nearest one; a few rows at a time,
 // so that they are painted while they are in the cache. Several times as fast as QPainter, which has no
 // direct way from 16 to 32 bits and spreads the work over threads. The frame has to outlive it.
@@ -24,6 +22,5 @@ private:
     const QImage &m_frame;
     QRect m_crop;
     QSize m_picture;
-    std::vector<int> m_columns; // of the cut-out, for each of the picture; empty: one to one
-    std::vector<quint32> m_line;
+    QImage m_line; // of the cut-out
 };
