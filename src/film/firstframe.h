@@ -5,8 +5,7 @@
 
 #include <QImage>
 
-// `hostPath`: the film's file on this host. A null picture when it is no AVI file, when it has no picture in
-// the first 256 KB (JPEG) or none that is found within a second, when it is larger than 16 megapixels, or
-// when the film module (libtubixfilm.so, beside the program or in ../lib/tubix4) cannot be loaded. Any
-// thread.
+// `hostPath`: the film's file on this host. A null picture when it is no AVI file, when its first picture
+// does not begin in its first 256 KB or end in its first 2 MB, when it is larger than 16 megapixels, or when
+// the film module (libtubixfilm.so, beside the program or in ../lib/tubix4) cannot be loaded. Any thread.
 QImage firstFrameOfFilm(const HostPath &hostPath);
