@@ -1,6 +1,7 @@
 #include "storage/listing.h"
 
 #include "platform/unit.h"
+#include "storage/capturefiles.h"
 #include "storage/position.h"
 
 #include <QFile>
@@ -52,7 +53,7 @@ FolderContent readFolder(const UnitPath &folder)
     while (const dirent *entry = ::readdir(directory.get())) {
         if (entry->d_name[0] == '.')
             continue;
-        const QString name = QFile::decodeName(entry->d_name);
+        QString name = QFile::decodeName(entry->d_name);
         if (name.endsWith(QLatin1String(".wav")))
             content.notes.insert(name);
         if (!isListed(name))
@@ -60,7 +61,7 @@ FolderContent readFolder(const UnitPath &folder)
         struct stat info = {};
         if (::fstatat(::dirfd(directory.get()), entry->d_name, &info, 0) == 0 && S_ISREG(info.st_mode) &&
             info.st_size > 0)
-            content.files.push_back({name, info.st_mtim});
+            content.files.push_back({std::move(name), info.st_mtim});
     }
     return content;
 }
@@ -76,7 +77,8 @@ bool isOlder(const FoundFile &a, const FoundFile &b)
 
 int numberOf(const QString &name)
 {
-    return name.size() == kNumberedNameLength ? name.mid(kNumberStart, kNumberLength).toInt() : 0;
+    return name.size() == kNumberedNameLength ? QStringView(name).mid(kNumberStart, kNumberLength).toInt()
+                                              : 0;
 }
 
 } // namespace
@@ -91,11 +93,10 @@ void ReadDirectory(const UnitPath &folder)
     const auto count = std::min<size_t>(content.files.size(), kMostFiles);
     for (size_t i = 0; i < count; ++i) {
         sSnakeFileInfo &entry = g_FileListing[i];
-        entry.fileName = content.files[i].name;
+        entry.fileName = std::move(content.files[i].name);
         entry.isVideo = entry.fileName.contains(QLatin1String(".avi")) ? 1 : 0;
-        const QString note =
-            entry.fileName.left(entry.fileName.lastIndexOf(QLatin1Char('.'))) + QLatin1String(".wav");
-        entry.annotated = !entry.isVideo && content.notes.contains(note) ? 1 : 0;
+        entry.annotated =
+            !entry.isVideo && content.notes.contains(capturefiles::noteOf(entry.fileName)) ? 1 : 0;
         entry.deletePending = 0;
     }
     g_SavedFSInfo.nFilescurrRootDirectory = static_cast<qint16>(count);
