@@ -201,9 +201,10 @@ def pulls(bench, tally, places=("live", "film", "thumbnails", "file", "note")):
     unit.touch("mode")
     judged = set()
     for number in tally.rounds():
-        for note in unit.folder().glob("*.wav"):
+        folder = unit.folder()  # the round's, even if a day begins meanwhile
+        for note in folder.glob("*.wav"):
             note.unlink()  # a still that has one would play it
-        before = captures(unit.folder())
+        before = captures(folder)
         place = places[number % len(places)]
         since = len(unit.states)
         try:
@@ -213,7 +214,7 @@ def pulls(bench, tally, places=("live", "film", "thumbnails", "file", "note")):
             unit.settle()  # the box that tells of the card is answered; only then it is taken again
             unit.wait("the card", unit.is_offered, 20)
             unit.settle()
-            earlier_is_unchanged(tally, before, unit.folder())
+            earlier_is_unchanged(tally, before, folder)
             if place == "film" and unit.told("eStateLiveSavingMovie", since) > len(unit.files() - before.keys()):
                 tally.lose("the film that was pulled")
             unit.takes_film(0.3)
