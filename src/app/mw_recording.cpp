@@ -122,6 +122,10 @@ void MainWindow::continueInNextFilm()
     const QString closed = g_SavedFSInfo.currFileName;
     const QTime ended = QTime::currentTime();
     gst_EndVideoInputPipeline();
+    if (gst_FilmFileFailed()) {
+        announce(UnitEvent::FilmEnds);
+        return;
+    }
     startFilm();
     m_film = Film::Runs;
     ++g_SavedFSInfo.currDCIMIndex;
@@ -148,10 +152,9 @@ void MainWindow::enterLiveTerminateSavingMovie()
 void MainWindow::endFilm()
 {
     emit BusyIndicator(true);
-    const bool fileFailed = gst_FilmFileFailed();
     chooseLivePipelineMode();
     const bool isWhole = closeFilm();
-    if (isDiskFull() || fileFailed || !isWhole)
+    if (isDiskFull() || !isWhole)
         tellCardTakesNothing();
     imageTimer->stop();
     ActivateMSDC(true);
@@ -160,7 +163,7 @@ void MainWindow::endFilm()
 }
 
 // A slow card takes seconds to close it: the row has the time of the film's end. What could not be closed in
-// time is mended at once. False: what was to be written last is not on the card.
+// time is mended at once. False: not all that was to be written is on the card.
 bool MainWindow::closeFilm()
 {
     const QTime ended = QTime::currentTime();
@@ -172,7 +175,7 @@ bool MainWindow::closeFilm()
     command::run(QStringLiteral("sync"));
     logCapture(eVideoStop, g_SavedFSInfo.currFileName, ended);
     saveFilmThumbnail(g_SavedFSInfo.currFileName);
-    return isWhole;
+    return isWhole && !gst_FilmFileFailed();
 }
 
 // No picture came, or no file: nothing of it stays, neither on the card nor in the logs.

@@ -58,6 +58,8 @@ bool waitForEnd()
             return false;
         const bool isOver = GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS ||
                             !GST_OBJECT_FLAG_IS_SET(GST_MESSAGE_SRC(message), GST_ELEMENT_FLAG_SOURCE);
+        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
+            videoinput::blameFilmFile(GST_MESSAGE_SRC(message));
         gst_message_unref(message);
         if (isOver)
             return true;

@@ -65,7 +65,7 @@ bool gst_PictureIsCurrent();
 // ends it.
 bool gst_FilmHasPicture();
 
-// True when the recording failed because its file could not be written.
+// True when a write to the file of the last film failed, also at the film's end.
 bool gst_FilmFileFailed();
 
 void gst_PauseVideoInputPipeline();

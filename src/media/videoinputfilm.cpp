@@ -55,7 +55,6 @@ gboolean soundIsDue(gpointer)
 void videoinput::forgetLastFilm()
 {
     g_filmHasPicture = false;
-    g_filmFileFailed = false;
 }
 
 // A film that has something in it is never written anew, whoever asks for the layout.
@@ -117,7 +116,7 @@ void videoinput::beginAnewWithoutSound()
 
 void videoinput::blameFilmFile(GstObject *source)
 {
-    g_filmFileFailed = source == GST_OBJECT(g_gst_Pipeline.videosavesink);
+    g_filmFileFailed = g_filmFileFailed || source == GST_OBJECT(g_gst_Pipeline.videosavesink);
 }
 
 bool gst_FilmHasPicture()
@@ -142,6 +141,7 @@ void gst_StartRecordingAVIFile(const char *path, int length)
         g_gst_VideoPipelineMode = eGSTStateRecordingWithoutAudio;
     }
     g_hasLostSound = false;
+    g_filmFileFailed = false;
     videoinput::copyText(g_gst_VideoFileName, path, length);
     gst_SendVideoInputPipelineEOS(false);
 }
