@@ -20,6 +20,7 @@ SCREEN = (800, 600)
 CARD = "/media/mmcblk1p1"
 PARTITION_START = 1 << 20  # bytes, see tools/board/card
 START_LIMIT = 300  # seconds from power-on to the first picture
+PAINTING = 1.5  # seconds from the journal's line to the picture: what is touched before belongs to the screen before
 
 
 class Failed(Exception):
@@ -307,6 +308,7 @@ class Board:
     def touch(self, where, hold=0.25):
         """A widget's name ("Dialog.widget" where two have it), or a place."""
         x, y = self.screen.centres[where] if isinstance(where, str) else where
+        time.sleep(PAINTING)
         self.point(x + 2, y + 2)  # the kernel keeps a place to itself that is the last one, also from a program that is new
         self.point(x, y)
         self.finger(True)
