@@ -15,6 +15,7 @@ MODES = ("KILL", "EIO", "EIO once", "ENOSPC", "ENOSPC once", "EROFS", "EROFS onc
 PATHS = ("still", "film-start", "film-end", "note", "copy", "rename", "settings", "event", "row", "mend")
 NEW_FILE = {"still": ".jpg", "film-start": ".avi", "film-end": ".avi", "note": ".wav", "copy": ".jpg"}
 EVENT = re.compile(r"\d{4}-\d\d-\d\d/\d\d:\d\d:\d\d,\d+,.*")
+FIRST_WRITE = 64 * 1024  # bytes of a film, which has its header
 MEMORY_OF_FILMS = 16  # MB between the twentieth film and the last
 MEMORY_OF_WALK = 256  # MB
 
@@ -115,13 +116,13 @@ class Try:
 
     def excuse(self, answer, judged):
         """A still has its row whether it could be saved or not; a film that had just begun when the application was
-        killed, or the card failed for good and the screen told so, may be empty; a note may lack its end then. Where a
-        write failed, a line of the text log may be missing."""
+        killed, or a write failed and the screen told so, may be empty; a note may lack its end then. Where a write
+        failed, a line of the text log may be missing."""
         text = self.folder / f"{self.folder.name}.txt"
         if self.path == "still" and not answer and text.is_file():
             judged |= {line.split()[-1] for line in text.read_text(errors="replace").splitlines()[-1:] if line}
         if self.path in ("film-start", "film-end") and not answer:
-            judged |= {film.name for film in self.folder.glob("*.avi") if film.stat().st_size == 0}
+            judged |= {film.name for film in self.folder.glob("*.avi") if film.stat().st_size < FIRST_WRITE}
         if self.path == "note" and not answer:
             judged |= {note.name for note in self.folder.glob("*.wav")}
         if answer is not None:
@@ -213,6 +214,8 @@ def calls(bench, tally):
             if not reached:
                 complete = number
                 break
+    if not tally.is_over():
+        tally.full = tally.tried
     tally.seen.append(f"{len(PATHS)} ways onto the card and into the settings, {len(MODES)} faults")
 
 
