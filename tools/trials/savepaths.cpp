@@ -160,8 +160,9 @@ constexpr std::array kPaths = {
          }},
     Path{"row",
          [](Hand &) {
-             static int number = 0; // no row is like the one before
-             UpdateLogFiles(eDamageCatelogChange, 123, u"TUBX0001.jpg"_s, u"Crack %1"_s.arg(++number));
+             // No row is like the one before, also of a program that was killed.
+             const QString damage = u"Crack %1"_s.arg(QDateTime::currentMSecsSinceEpoch());
+             UpdateLogFiles(eDamageCatelogChange, 123, u"TUBX0001.jpg"_s, damage);
              return true;
          }},
     Path{"rename",
