@@ -130,6 +130,10 @@ void gst_VideoInputPipeline(unsigned long)
         startWithSound();
 
     watchBus();
+    // A microphone's own clock stops with the end of its stream. Whoever waited for it then, as the screen's
+    // picture does, held the camera, and with it the end of the film.
+    gst_pipeline_use_clock(GST_PIPELINE(g_gst_Pipeline.pipeline),
+                           GstOwner<GstClock>(gst_system_clock_obtain()).get());
     gst_element_set_state(g_gst_Pipeline.pipeline, GST_STATE_PLAYING);
 }
 
