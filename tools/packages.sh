@@ -5,7 +5,7 @@ build_tools=(build-essential cmake ninja-build pkg-config librsvg2-bin)
 libraries=(
     qt6-base-dev libgl-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
-    libopencv-imgproc-dev libopencv-videoio-dev libyuv-dev
+    libopencv-core-dev libopencv-videoio-dev libyuv-dev
     libfontconfig-dev libsystemd-dev
     libmicrohttpd-dev libarchive-dev
 )

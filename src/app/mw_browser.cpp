@@ -45,9 +45,10 @@ QImage thumbnailOf(const sSnakeFileInfo &file)
             return picture;
         picture = picture.scaledToWidth(kThumbnailWidth);
     }
+    static const QImage filmMark(graphic("file_avi.png")), noteMark(graphic("file_wav.png"));
     if (file.isVideo)
-        return withMark(picture, QImage(graphic("file_avi.png")));
-    return file.annotated ? withMark(picture, QImage(graphic("file_wav.png"))) : picture;
+        return withMark(picture, filmMark);
+    return file.annotated ? withMark(picture, noteMark) : picture;
 }
 
 void setUp(QListWidget &list)
@@ -129,7 +130,7 @@ void MainWindow::DisplayThumbnails()
     for (int index = first; index < end; ++index) {
         const sSnakeFileInfo &file = g_FileListing[size_t(index)];
         QListWidgetItem &item = g_ListItemArray[size_t(index - first)];
-        item.setIcon(QIcon(QPixmap::fromImage(thumbnailOf(file))));
+        item.setIcon(QIcon(QPixmap::fromImage(fitted(thumbnailOf(file), list.iconSize()))));
         item.setData(Qt::UserRole, index);
         item.setText(file.fileName);
         ui->lbl_CurrentFilenameandPath->setText(QStringLiteral("%1/%2")
@@ -142,10 +143,10 @@ void MainWindow::DisplayThumbnails()
 
 bool MainWindow::getThumbnailImage(const UnitPath &path)
 {
-    const QImage frame = firstFrameOfFilm(unit::path(path));
-    if (frame.isNull())
+    const QImage picture = firstFrameAsThumbnail(unit::path(path));
+    if (picture.isNull())
         return false;
-    tmpQimage = frame.scaledToWidth(kThumbnailWidth);
+    tmpQimage = picture;
     return true;
 }
 

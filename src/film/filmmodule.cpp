@@ -1,13 +1,12 @@
 #include "film/filmmodule.h"
 
-#include <opencv2/imgproc.hpp>
 #include <opencv2/videoio.hpp>
 
 #include <string>
 
 namespace {
 
-constexpr double kMostPixels = 16 << 20; // held four times on the way
+constexpr double kMostPixels = 16 << 20; // held three times on the way
 // The reader looks for a picture to the end of what it is given, minutes in a large file that has none. What
 // lies behind the film's first 2 MB is not shown to it.
 constexpr char kStartOf[] = "subfile,,start,0,end,2097152,,:file:";
@@ -24,9 +23,7 @@ try {
         film.get(cv::CAP_PROP_FRAME_WIDTH) * film.get(cv::CAP_PROP_FRAME_HEIGHT) > kMostPixels ||
         !film.read(frame) || frame.empty())
         return false;
-    cv::Mat rgb;
-    cv::cvtColor(frame, rgb, cv::COLOR_BGR2RGB);
-    take(context, rgb.data, rgb.cols, rgb.rows, static_cast<long>(rgb.step));
+    take(context, frame.data, frame.cols, frame.rows, static_cast<long>(frame.step));
     return true;
 } catch (...) {
     return false;

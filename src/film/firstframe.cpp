@@ -2,6 +2,7 @@
 
 #include "film/filmmodule.h"
 #include "film/picturefile.h"
+#include "film/thumbnail.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -35,11 +36,6 @@ FirstFrame loadModule()
     return nullptr;
 }
 
-void takeCopy(void *context, const unsigned char *pixels, int width, int height, long stride)
-{
-    *static_cast<QImage *>(context) = QImage(pixels, width, height, stride, QImage::Format_RGB888).copy();
-}
-
 // Whether the reader should open the film. Where a film of JPEG pictures has none it would look for one to
 // the film's end, and it decodes a picture before it tells how large they are.
 bool mayHavePicture(const HostPath &hostPath)
@@ -56,13 +52,34 @@ bool mayHavePicture(const HostPath &hostPath)
     return !frame || frame->pixels <= kMostPixelsHeld;
 }
 
-} // namespace
+void takeCopy(void *context, const unsigned char *pixels, int width, int height, long stride)
+{
+    *static_cast<QImage *>(context) = QImage(pixels, width, height, stride, QImage::Format_BGR888).copy();
+}
 
-QImage firstFrameOfFilm(const HostPath &hostPath)
+void takeThumbnail(void *context, const unsigned char *pixels, int width, int height, long stride)
+{
+    *static_cast<QImage *>(context) =
+        QImage(pixels, width, height, stride, QImage::Format_BGR888).scaledToWidth(kThumbnailWidth).copy();
+}
+
+QImage read(const HostPath &hostPath, FilmFrameTaker take)
 {
     static const FirstFrame firstFrame = loadModule();
     QImage frame;
     if (firstFrame && mayHavePicture(hostPath))
-        firstFrame(hostPath.encoded().constData(), takeCopy, &frame);
+        firstFrame(hostPath.encoded().constData(), take, &frame);
     return frame;
+}
+
+} // namespace
+
+QImage firstFrameOfFilm(const HostPath &hostPath)
+{
+    return read(hostPath, takeCopy);
+}
+
+QImage firstFrameAsThumbnail(const HostPath &hostPath)
+{
+    return read(hostPath, takeThumbnail);
 }

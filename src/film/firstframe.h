@@ -9,3 +9,6 @@
 // does not begin in its first 256 KB or end in its first 2 MB, when it is larger than 16 megapixels, or when
 // the film module (libtubixfilm.so, beside the program or in ../lib/tubix4) cannot be loaded. Any thread.
 QImage firstFrameOfFilm(const HostPath &hostPath);
+
+// The same, kThumbnailWidth wide: a page's films are never held at full size.
+QImage firstFrameAsThumbnail(const HostPath &hostPath);

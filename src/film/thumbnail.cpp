@@ -20,8 +20,7 @@ QImage filmThumbnail(const HostPath &film, const HostPath &storedFile)
         if (const QImage picture = readSmallPicture(storedFile, kThumbnailWidth); !picture.isNull())
             return picture;
     }
-    const QImage frame = firstFrameOfFilm(film);
-    return frame.isNull() ? QImage() : frame.scaledToWidth(kThumbnailWidth);
+    return firstFrameAsThumbnail(film);
 }
 
 QImage withMark(const QImage &picture, const QImage &mark)
@@ -31,4 +30,17 @@ QImage withMark(const QImage &picture, const QImage &mark)
     QPainter painter(&marked);
     painter.drawImage(kMarkCentre - QPoint(mark.width() / 2, mark.height() / 2), mark);
     return marked;
+}
+
+QImage fitted(const QImage &picture, QSize box)
+{
+    const QSize size = picture.size().scaled(box, Qt::KeepAspectRatio);
+    if (picture.size().boundedTo(box) == picture.size() || size.isEmpty())
+        return picture;
+    QImage small(size, QImage::Format_ARGB32_Premultiplied);
+    QPainter painter(&small);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(QRect(QPoint(), size), picture);
+    return small;
 }

@@ -13,3 +13,7 @@ QImage filmThumbnail(const HostPath &film, const HostPath &storedFile);
 
 // `picture` with `mark` on it, centred on the point (64, 48), at the mark's own size.
 QImage withMark(const QImage &picture, const QImage &mark);
+
+// `picture` as an icon of at most `box` shows it. An icon that is too large is made smaller whenever it is
+// painted, and more slowly.
+QImage fitted(const QImage &picture, QSize box);
