@@ -34,6 +34,7 @@ echo 'Filesystem     1K-blocks    Used Available Use% Mounted on
 /dev/root        3768344 1204816   2352388  34% /
 /dev/mmcblk1p1   7766016  120000   7646016   2% /media/mmcblk1p1'
 """
+NEW_SCREEN = 0.5  # seconds: the window drops what is touched sooner, as meant for the screen before
 RATE = 25  # frames a second that the camera delivers
 
 
@@ -235,6 +236,7 @@ class Application(Program):
         since = self.mark()
         self.touch("btn_menu_Capture")
         self.wait_for("eStateLiveTerminateSavingMovie -> eStateLive", since)
+        time.sleep(NEW_SCREEN)
 
     def folder(self):
         """The host folder of today's captures."""
