@@ -143,7 +143,7 @@ void MainWindow::DisplayThumbnails()
 
 bool MainWindow::getThumbnailImage(const UnitPath &path)
 {
-    const QImage picture = firstFrameAsThumbnail(unit::path(path));
+    const QImage picture = firstFrameOfFilm(unit::path(path), kThumbnailWidth);
     if (picture.isNull())
         return false;
     tmpQimage = picture;

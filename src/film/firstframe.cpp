@@ -2,7 +2,6 @@
 
 #include "film/filmmodule.h"
 #include "film/picturefile.h"
-#include "film/thumbnail.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -52,34 +51,26 @@ bool mayHavePicture(const HostPath &hostPath)
     return !frame || frame->pixels <= kMostPixelsHeld;
 }
 
+struct Taken
+{
+    int width; // 0: the frame's own
+    QImage picture;
+};
+
 void takeCopy(void *context, const unsigned char *pixels, int width, int height, long stride)
 {
-    *static_cast<QImage *>(context) = QImage(pixels, width, height, stride, QImage::Format_BGR888).copy();
-}
-
-void takeThumbnail(void *context, const unsigned char *pixels, int width, int height, long stride)
-{
-    *static_cast<QImage *>(context) =
-        QImage(pixels, width, height, stride, QImage::Format_BGR888).scaledToWidth(kThumbnailWidth).copy();
-}
-
-QImage read(const HostPath &hostPath, FilmFrameTaker take)
-{
-    static const FirstFrame firstFrame = loadModule();
-    QImage frame;
-    if (firstFrame && mayHavePicture(hostPath))
-        firstFrame(hostPath.encoded().constData(), take, &frame);
-    return frame;
+    auto &taken = *static_cast<Taken *>(context);
+    const QImage frame(pixels, width, height, stride, QImage::Format_BGR888);
+    taken.picture = (taken.width ? frame.scaledToWidth(taken.width) : frame).copy();
 }
 
 } // namespace
 
-QImage firstFrameOfFilm(const HostPath &hostPath)
+QImage firstFrameOfFilm(const HostPath &hostPath, int width)
 {
-    return read(hostPath, takeCopy);
-}
-
-QImage firstFrameAsThumbnail(const HostPath &hostPath)
-{
-    return read(hostPath, takeThumbnail);
+    static const FirstFrame firstFrame = loadModule();
+    Taken taken{width, {}};
+    if (firstFrame && mayHavePicture(hostPath))
+        firstFrame(hostPath.encoded().constData(), takeCopy, &taken);
+    return taken.picture;
 }

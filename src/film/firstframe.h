@@ -8,7 +8,5 @@
 // `hostPath`: the film's file on this host. A null picture when it is no AVI file, when its first picture
 // does not begin in its first 256 KB or end in its first 2 MB, when it is larger than 16 megapixels, or when
 // the film module (libtubixfilm.so, beside the program or in ../lib/tubix4) cannot be loaded. Any thread.
-QImage firstFrameOfFilm(const HostPath &hostPath);
-
-// The same, kThumbnailWidth wide: a page's films are never held at full size.
-QImage firstFrameAsThumbnail(const HostPath &hostPath);
+// `width`: made as wide with fast scaling, without a copy at full size; 0: as it is.
+QImage firstFrameOfFilm(const HostPath &hostPath, int width = 0);

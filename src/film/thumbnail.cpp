@@ -20,7 +20,7 @@ QImage filmThumbnail(const HostPath &film, const HostPath &storedFile)
         if (const QImage picture = readSmallPicture(storedFile, kThumbnailWidth); !picture.isNull())
             return picture;
     }
-    return firstFrameAsThumbnail(film);
+    return firstFrameOfFilm(film, kThumbnailWidth);
 }
 
 QImage withMark(const QImage &picture, const QImage &mark)
